@@ -1,0 +1,22 @@
+// The palette canvas of a picture and the writing of the HTTP body that carries it.
+#ifndef CANVAS_H
+#define CANVAS_H
+
+#include <gd.h>
+
+constexpr long long CANVAS_MAX = 8192;
+
+// A canvas is only made when both sides are 1 to 8192 pixels.
+inline bool canvas_fits(long long width, long long height)
+{
+    return width >= 1 && height >= 1 && width <= CANVAS_MAX && height <= CANVAS_MAX;
+}
+
+// A palette image; when the graphics library cannot make one the process ends (status 1)
+// with one line on standard error, since nothing more can be answered.
+gdImagePtr canvas_create(int width, int height);
+
+// Writes "Content-type: image/png", the empty line and the PNG; destroys the image.
+void canvas_send(gdImagePtr im);
+
+#endif

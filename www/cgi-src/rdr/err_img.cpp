@@ -1,0 +1,65 @@
+// The error picture: a light grey canvas of the requested size that names the time, the
+// request, the size and the file, and the error that ended the request. Returns 0.
+#include <gdfontl.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "canvas.h"
+#include "rdr_sfc_pty_img.h"
+#include "seq_time.h"
+
+namespace {
+
+constexpr int TEXT_CAP = 120;
+constexpr int LEGEND_WIDTH = 35;
+constexpr int TITLE_HEIGHT = 20;
+// A size the canvas cannot take is drawn as if this had been asked.
+constexpr int FALLBACK_SIZE = 600;
+
+void set_square_canvas(int size)
+{
+    var.NI = size;
+    var.NJ = size;
+    var.GI = size + (var.legend == 1 ? LEGEND_WIDTH : 0);
+    var.GJ = size + TITLE_HEIGHT;
+}
+
+// Formats one line into the text buffer, cut at its capacity, and draws it at x = 50.
+__attribute__((format(printf, 4, 5))) void draw_line(gdImagePtr im, int y, int color, const char *fmt, ...)
+{
+    char text[TEXT_CAP];
+    va_list ap;
+    va_start(ap, fmt);
+    std::vsnprintf(text, sizeof text, fmt, ap);
+    va_end(ap);
+    gdImageString(im, gdFontGetLarge(), 50, y, (unsigned char *)text, color);
+}
+
+}  // namespace
+
+int err_img(int err)
+{
+    long long size = var.size;
+    long long width = size + (var.legend == 1 ? LEGEND_WIDTH : 0);
+    set_square_canvas(canvas_fits(width, size + TITLE_HEIGHT) ? var.size : FALLBACK_SIZE);
+
+    gdImagePtr im = canvas_create(var.GI, var.GJ);
+    int background = gdImageColorAllocate(im, 240, 240, 240);
+    int black = gdImageColorAllocate(im, 0, 0, 0);
+    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, background);
+
+    int YY, MM, DD, HH, MI;
+    seq2time(var.seq, &YY, &MM, &DD, &HH, &MI, 'm', 'n');
+
+    draw_line(im, 50, black, "TIME = %04d.%02d.%02d.%02d:%02d / err = %d", YY, MM, DD, HH, MI, err);
+    draw_line(im, 70, black, "CMP = %s / QCD = %s / OBS = %s", var.cmp, var.qcd, var.obs);
+    draw_line(im, 110, black, "SIZE = %dpx", var.size);
+    if (err == 2)
+        draw_line(im, 130, black, "FILE = %s (file is not found)", var.fname);
+    else
+        draw_line(im, 130, black, "FILE = %s", var.fname);
+
+    canvas_send(im);
+    return 0;
+}

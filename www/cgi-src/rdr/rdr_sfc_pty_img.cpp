@@ -1,0 +1,65 @@
+// The program's entry: one request, one PNG. main reads the query and the grid and chooses
+// between the picture and the error picture; rdr_sfc_pty_img sizes the canvas and lets the
+// layers draw in their stacking order. This is the only place that knows that order.
+#include <cstdio>
+#include <cstring>
+
+#include "canvas.h"
+#include "rdr_sfc_pty_img.h"
+
+namespace {
+
+constexpr int LEGEND_WIDTH = 35;
+constexpr int TITLE_HEIGHT = 20;
+
+// Canvas sizes from the request's size and the map's aspect ratio; false when no canvas can
+// be made from them.
+bool size_canvas()
+{
+    var.NI = var.size;
+    float nj = (float)var.NY / (float)var.NX * (float)var.NI;
+    long long width = (long long)var.NI + (var.legend == 1 ? LEGEND_WIDTH : 0);
+    if (!(nj >= 0.0f && nj < (float)CANVAS_MAX) || !canvas_fits(width, (long long)nj + TITLE_HEIGHT))
+        return false;
+    var.NJ = (int)nj;
+    var.GI = (int)width;
+    var.GJ = var.NJ + TITLE_HEIGHT;
+    return true;
+}
+
+}  // namespace
+
+int rdr_sfc_pty_img()
+{
+    if (!size_canvas()) return err_img(1);
+
+    gdImagePtr im = canvas_create(var.GI, var.GJ);
+    int color_lvl[COLOR_SLOTS] = {0};
+    float data_lvl[COLOR_SLOTS] = {0};
+
+    color_table(im, color_lvl, data_lvl);
+    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, color_lvl[240]);
+    gdImageRectangle(im, 0, 20, var.NI - 1, var.GJ - 1, color_lvl[242]);
+
+    canvas_send(im);
+    return 0;
+}
+
+int main()
+{
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    std::fputs("HTTP/1.0 200 OK\n", stdout);
+
+    int err = 0;
+    if (user_input() < 0) err = 1;
+    int read_err = rdr_sfc_pty_get_all();
+    if (read_err > err) err = read_err;
+    // A map code the catalogue does not know leaves no extent to draw on.
+    if (err == 0 && (var.NX <= 0 || var.NY <= 0)) err = 1;
+
+    if (err > 0)
+        err_img(err);
+    else
+        rdr_sfc_pty_img();
+    return 0;
+}
