@@ -119,9 +119,9 @@ int Child::wait(int timeout_ms)
     return status_;
 }
 
-int Child::stop(int sig, int timeout_ms)
+int Child::stop(int sig, int timeout_ms, bool whole_group)
 {
-    if (pid_ > 0 && !reaped_) kill(-pid_, sig);
+    if (pid_ > 0 && !reaped_) kill(whole_group ? -pid_ : pid_, sig);
     return wait(timeout_ms);
 }
 

@@ -23,9 +23,10 @@ public:
     bool read_line(std::string &line, int timeout_ms);
     // Everything on standard output until it closes or the timeout passes.
     std::string read_all(int timeout_ms);
-    // Sends `sig` to the group and waits for the child: its exit status, 128 + the signal that
-    // ended it, or -1 when it had not ended within the timeout.
-    int stop(int sig, int timeout_ms);
+    // Sends `sig` to the whole group (as a terminal's Ctrl-C does) or to the child alone, and
+    // waits for the child: its exit status, 128 + the signal that ended it, or -1 when it had not
+    // ended within the timeout.
+    int stop(int sig, int timeout_ms, bool whole_group = true);
     // Waits for the child alone: as stop, without a signal.
     int wait(int timeout_ms);
     // True while any process of the group is alive.

@@ -170,14 +170,25 @@ TEST_F(Served, PageAndItsConfigurationAreServed)
               "}\n");
 }
 
-TEST_F(Served, CtrlCStopsTheServerAndLeavesNoProcess)
+// Ctrl-C reaches lighttpd too; a TERM to the script alone must still take lighttpd down with it.
+void expect_stopped_cleanly(web::Child &serve, const std::string &base, int sig, bool whole_group)
 {
-    ASSERT_EQ(http_get(base_).status_line, "HTTP/1.1 200 OK");
-    EXPECT_EQ(serve_->stop(SIGINT, 10000), 0);
-    EXPECT_FALSE(serve_->group_alive()) << "a process of tools/serve outlived it";
-    web::Child probe({"curl", "-sS", "--max-time", "5", base_});
+    ASSERT_EQ(http_get(base).status_line, "HTTP/1.1 200 OK");
+    EXPECT_EQ(serve.stop(sig, 10000, whole_group), 0);
+    EXPECT_FALSE(serve.group_alive()) << "a process of tools/serve outlived it";
+    web::Child probe({"curl", "-sS", "--max-time", "5", base});
     probe.read_all(8000);
     EXPECT_EQ(probe.wait(2000), 7) << "curl should find nothing listening (exit 7)";
+}
+
+TEST_F(Served, CtrlCStopsTheServerAndLeavesNoProcess)
+{
+    expect_stopped_cleanly(*serve_, base_, SIGINT, true);
+}
+
+TEST_F(Served, TermToTheScriptAloneStopsTheServerToo)
+{
+    expect_stopped_cleanly(*serve_, base_, SIGTERM, false);
 }
 
 TEST_F(Served, BrowserZoomsAndDrawsASectionByClicks)
