@@ -464,11 +464,26 @@ function startViewer() {
     return {};
   }
 
+  // The listed times, or without a list the last hours before the clock's time.
+  const timesOf = (config) => {
+    const listed = (config.times || []).filter((tm) => parseTime(tm)).sort();
+    return listed.length ? listed
+      : stepTimes(currentTime(new Date()), (FALLBACK_HOURS * 60) / STEP_MINUTES);
+  };
+
+  // New grid files arrive every 5 minutes: a page that shows the latest time follows them.
+  async function refreshTimes() {
+    const times = timesOf(await loadConfig());
+    const following = page.state.tm === page.times[page.times.length - 1] && !page.animation;
+    page.times = times;
+    el.slider.max = String(times.length - 1);
+    if (following) page.state.tm = times[times.length - 1];
+    render();
+  }
+
   loadConfig().then((config) => {
     page.config = { cgi: config.cgi || DEFAULT_CGI, maps: config.maps || {} };
-    const listed = (config.times || []).filter((tm) => parseTime(tm)).sort();
-    page.times = listed.length ? listed
-      : stepTimes(currentTime(new Date()), (FALLBACK_HOURS * 60) / STEP_MINUTES);
+    page.times = timesOf(config);
     const codes = Object.keys(page.config.maps);
     fillSelect(el.map, (codes.length ? codes : ['HR']).map((code) => [code, code]));
     el.slider.max = String(page.times.length - 1);
@@ -481,6 +496,7 @@ function startViewer() {
     if (!codes.length) el.status.textContent = 'viewer-config.json 없음: 클릭 확대 불가 / no map extents: clicks disabled';
     bind();
     render();
+    setInterval(refreshTimes, (Number(config.refresh) > 0 ? Number(config.refresh) : 60) * 1000);
   });
 }
 

@@ -1,7 +1,8 @@
 // The viewer page in headless Chromium, as a forecaster uses it: it loads the latest picture,
 // zooms by clicks (rate 2 and 3), steps out and back, steps the time, draws a section by two
-// clicks, and a shared address restores the view. Exits 0 when every check held.
-//   node browser_viewer.js BASE_URL SCREENSHOT_DIR
+// clicks, a shared address restores the view, and a page at the latest time follows a new grid
+// file. Exits 0 when every check held.
+//   node browser_viewer.js BASE_URL SCREENSHOT_DIR LATEST_GRID_FILE NEXT_GRID_FILE
 // The fixture behind BASE_URL: map HR of 100 x 120 km, grids 12:00 .. 12:30 on 2024-01-15.
 'use strict';
 
@@ -18,13 +19,13 @@ try {
   process.exit(2);
 }
 
-const [base, shotDir] = process.argv.slice(2);
+const [base, shotDir, latestGrid, nextGrid] = process.argv.slice(2);
 const CHROMIUM = '/usr/bin/chromium';
 // The page at size 600: map 600 x 720 pixels, 20 title rows, 35 legend columns.
 const PICTURE = { width: 635, height: 740 };
 
 async function main() {
-  assert.ok(base && shotDir, 'usage: node browser_viewer.js BASE_URL SCREENSHOT_DIR');
+  assert.ok(nextGrid, 'usage: node browser_viewer.js BASE_URL SCREENSHOT_DIR LATEST_GRID_FILE NEXT_GRID_FILE');
   assert.ok(fs.existsSync(CHROMIUM), `${CHROMIUM} is missing (apt-get install chromium)`);
   fs.mkdirSync(shotDir, { recursive: true });
   const profile = fs.mkdtempSync(path.join(os.tmpdir(), 'rdr-chromium-'));
@@ -95,6 +96,29 @@ async function drive(page) {
   request = await shownRequest(page, request);
   check('no step past the latest time', request, { tm: '202401151230' });
 
+  // The slider runs over the seven listed times; the loop plays them from the first.
+  await page.$eval('#time-slider', (slider) => {
+    slider.value = '2';
+    slider.dispatchEvent(new Event('input'));
+  });
+  request = await shownRequest(page, request);
+  check('the third listed time from the slider', request, { tm: '202401151210' });
+  await page.selectOption('#speed', '250');
+  await page.click('#play');
+  const played = new Set();
+  for (let k = 0; k < 12 && played.size < 3; k++) {
+    request = await shownRequest(page, request);
+    played.add(new URL(request).searchParams.get('tm'));
+  }
+  await page.click('#play');
+  assert.deepEqual([...played].sort(), ['202401151200', '202401151205', '202401151210'],
+    'the loop starts at the first time and steps by 5 minutes');
+  const paused = await shownRequest(page, '');
+  await page.waitForTimeout(700);
+  assert.equal(await shownRequest(page, ''), paused, 'pause holds the frame');
+  await page.click('#latest');
+  request = await shownRequest(page, paused);
+
   await page.selectOption('#zoom-rate', '2');
   await page.check('#mode-section');
   await clickPixel(page, 300, 200);
@@ -118,8 +142,13 @@ async function drive(page) {
   await second.close();
 
   await page.selectOption('#size', '600');
-  await shownRequest(page, request);
+  request = await shownRequest(page, request);
   await page.screenshot({ path: path.join(shotDir, 'viewer.png'), fullPage: true });
+
+  // The served list of times is rewritten as files arrive; the page at the latest time follows.
+  fs.copyFileSync(latestGrid, nextGrid);
+  request = await shownRequest(page, request);
+  check('the new latest time', request, { tm: '202401151240', x1: '50' });
   assert.deepEqual(pageErrors, [], 'errors in the page');
   console.log('browser: every check held; screenshots in ' + shotDir);
 }

@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cgi_run.h"
@@ -97,8 +99,9 @@ protected:
     {
         write_viewer_tree();
         if (HasFatalFailure()) return;
+        // The list of times is rewritten every second, so a test sees a new file soon.
         serve_ = std::make_unique<web::Child>(std::vector<std::string>{
-            RDR_SOURCE_DIR "/tools/serve", RDR_PROGRAM, rdr_root()});
+            "env", "RDR_SERVE_REFRESH=1", RDR_SOURCE_DIR "/tools/serve", RDR_PROGRAM, rdr_root()});
         ASSERT_TRUE(serve_->started());
         ASSERT_TRUE(serve_->read_line(base_, 20000)) << "tools/serve printed no address";
         ASSERT_EQ(base_.rfind("http://127.0.0.1:", 0), 0u) << base_;
@@ -161,6 +164,7 @@ TEST_F(Served, PageAndItsConfigurationAreServed)
     EXPECT_EQ(config.body,
               "{\n"
               "  \"cgi\": \"/cgi-bin/rdr_sfc_pty_img\",\n"
+              "  \"refresh\": 1,\n"
               "  \"maps\": {\n"
               "    \"HR\": {\"nx\": 100, \"ny\": 120},\n"
               "    \"EW\": {\"nx\": 200, \"ny\": 100}\n"
@@ -168,6 +172,19 @@ TEST_F(Served, PageAndItsConfigurationAreServed)
               "  \"times\": [\"202401151200\", \"202401151205\", \"202401151210\", \"202401151215\", "
               "\"202401151220\", \"202401151225\", \"202401151230\"]\n"
               "}\n");
+}
+
+TEST_F(Served, NewGridFilesJoinTheListOfTimes)
+{
+    const std::string url = base_ + "viewer-config.json";
+    ASSERT_EQ(http_get(url).body.find("202401151240"), std::string::npos);
+    ASSERT_TRUE(fixture::write_grid(patterned_grid(), 2024, 1, 15, 12, 40));
+    bool listed = false;
+    for (int k = 0; k < 50 && !listed; k++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        listed = http_get(url).body.find("\"202401151230\", \"202401151240\"]") != std::string::npos;
+    }
+    EXPECT_TRUE(listed) << http_get(url).body;
 }
 
 // Ctrl-C reaches lighttpd too; a TERM to the script alone must still take lighttpd down with it.
@@ -193,7 +210,8 @@ TEST_F(Served, TermToTheScriptAloneStopsTheServerToo)
 
 TEST_F(Served, BrowserZoomsAndDrawsASectionByClicks)
 {
-    web::Child browser({RDR_NODE, RDR_SOURCE_DIR "/tests/web/browser_viewer.js", base_, RDR_SHOT_DIR});
+    web::Child browser({RDR_NODE, RDR_SOURCE_DIR "/tests/web/browser_viewer.js", base_, RDR_SHOT_DIR,
+                        fixture::grid_path(2024, 1, 15, 12, 30), fixture::grid_path(2024, 1, 15, 12, 40)});
     std::string log = browser.read_all(180000);
     int status = browser.wait(5000);
     std::cout << log;
