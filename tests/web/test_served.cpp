@@ -1,6 +1,7 @@
 // The program and the viewer page as a web server serves them: tools/serve runs lighttpd with the
 // project's configuration on a small fixture tree; curl fetches pictures, page and configuration;
-// headless Chromium drives the page. Also: a Ctrl-C leaves no process behind.
+// headless Chromium drives the page. Also: new grid files reach the page's list of times, and a
+// Ctrl-C or a TERM leaves no process and no scratch folder behind.
 #include <signal.h>
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -92,6 +94,8 @@ HttpAnswer http_get(const std::string &url)
     return a;
 }
 
+std::string scratch_parent() { return std::string(rdr_root()) + "/serve-tmp"; }
+
 // tools/serve on the fixture tree, stopped as a terminal's Ctrl-C would stop it.
 class Served : public testing::Test {
 protected:
@@ -99,12 +103,21 @@ protected:
     {
         write_viewer_tree();
         if (HasFatalFailure()) return;
-        // The list of times is rewritten every second, so a test sees a new file soon.
+        // The list of times is rewritten every second, so a test sees a new file soon; the
+        // scratch folder goes where a test can see that it is removed.
+        std::filesystem::create_directories(scratch_parent());
         serve_ = std::make_unique<web::Child>(std::vector<std::string>{
-            "env", "RDR_SERVE_REFRESH=1", RDR_SOURCE_DIR "/tools/serve", RDR_PROGRAM, rdr_root()});
+            "env", "RDR_SERVE_REFRESH=1", "TMPDIR=" + scratch_parent(), RDR_SOURCE_DIR "/tools/serve",
+            RDR_PROGRAM, rdr_root()});
         ASSERT_TRUE(serve_->started());
         ASSERT_TRUE(serve_->read_line(base_, 20000)) << "tools/serve printed no address";
         ASSERT_EQ(base_.rfind("http://127.0.0.1:", 0), 0u) << base_;
+    }
+
+    // A TERM lets the script remove its scratch folder; the group is killed only if that fails.
+    void TearDown() override
+    {
+        if (serve_) serve_->stop(SIGTERM, 10000);
     }
 
     std::string picture_url(const std::string &query) const
@@ -193,6 +206,7 @@ void expect_stopped_cleanly(web::Child &serve, const std::string &base, int sig,
     ASSERT_EQ(http_get(base).status_line, "HTTP/1.1 200 OK");
     EXPECT_EQ(serve.stop(sig, 10000, whole_group), 0);
     EXPECT_FALSE(serve.group_alive()) << "a process of tools/serve outlived it";
+    EXPECT_TRUE(std::filesystem::is_empty(scratch_parent())) << "the scratch folder is left";
     web::Child probe({"curl", "-sS", "--max-time", "5", base});
     probe.read_all(8000);
     EXPECT_EQ(probe.wait(2000), 7) << "curl should find nothing listening (exit 7)";
