@@ -228,8 +228,8 @@ function stateFromHash(hash, defaults) {
   if (PRODUCTS.some(([code]) => code === get('obs'))) state.obs = get('obs');
   if (/^[A-Za-z0-9_]{1,7}$/.test(get('map') || '')) state.map = get('map');
   if (parseTime(get('tm'))) state.tm = get('tm');
-  const size = int('size', 50, 4000);
-  if (size !== null) state.size = size;
+  const size = int('size', 0, 8192);
+  if (SIZES.includes(size)) state.size = size;
   if (int('legend', 0, 1) !== null) state.legend = int('legend', 0, 1) === 1;
   if (int('terrain', 0, 1) !== null) state.terrain = int('terrain', 0, 1) === 1;
   const aws = int('aws', 0, 11);
@@ -502,7 +502,7 @@ function startViewer() {
 
 if (typeof module !== 'undefined' && module.exports) {
   module.exports = {
-    PRODUCTS, STATION_MODES, canvasGeometry, zoomView, bestDigit, pixelToKm, zoomIn, zoomFields,
+    canvasGeometry, zoomView, pixelToKm, zoomIn, zoomFields,
     sectionPoint, sectionLine, pictureQuery, parseTime, addMinutes, currentTime, stepTimes,
     timeIndex, stateToHash, stateFromHash,
   };
