@@ -204,6 +204,8 @@ TEST_F(Stations, DiscsBarbsAndValueLabels)
     EXPECT_EQ(pic.rgb(117, 165), kBlack);  // second barb's end
     EXPECT_EQ(pic.rgb(107, 175), kBlack);  // third: 7.97 right, 4.6 up of (100, 180)
     EXPECT_EQ(pic.rgb(117, 170), kBackground);  // a full third barb would end here
+    EXPECT_EQ(pic.rgb(118, 164), kBackground);  // the barbs end where they should, no longer
+    EXPECT_EQ(pic.rgb(108, 174), kBackground);
     EXPECT_EQ(pic.rgb(100, 200 - 20), kBlack);
     EXPECT_EQ(pic.rgb(300, 380), kBlack);       // 204: the 0.2 stored as float is above 0.2
     EXPECT_EQ(pic.rgb(400, 380), kBackground);  // 205
