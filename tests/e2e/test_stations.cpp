@@ -66,18 +66,15 @@ protected:
     }
 };
 
-// The disc: 8 pixels across in light grey, its centre 5 across in the rain-state colour.
+// The disc: 8 pixels across in light grey, its centre 5 across in the rain-state colour. A
+// centre of background colour means no disc at all.
 void expect_disc(const cgi::Picture &pic, int X, int Y, uint32_t centre, const std::string &what)
 {
+    uint32_t rim = centre == kBackground ? kBackground : kDisc;
     for (int dx : {-2, 0, 2}) EXPECT_EQ(pic.rgb(X + dx, Y), centre) << what;
     for (auto d : {std::make_pair(4, 0), std::make_pair(-4, 0), std::make_pair(0, 4), std::make_pair(0, -4)})
-        EXPECT_EQ(pic.rgb(X + d.first, Y + d.second), kDisc) << what;
+        EXPECT_EQ(pic.rgb(X + d.first, Y + d.second), rim) << what;
     EXPECT_EQ(pic.rgb(X + 5, Y), kBackground) << what;
-}
-
-void expect_nothing_at(const cgi::Picture &pic, int X, int Y, const std::string &what)
-{
-    for (int dx = -4; dx <= 4; dx++) EXPECT_EQ(pic.rgb(X + dx, Y), kBackground) << what << " dx " << dx;
 }
 
 // Every inked pixel of `text` in the large built-in font with its top-left corner at (x, y) is
@@ -123,15 +120,11 @@ TEST_F(Stations, ZoomLevelsOneAndTwoShowOnlyNumbers90To299)
         for (int k = 0; k < 5; k++) {
             std::string what = "station " + std::to_string(ids[k]) + " level " + std::to_string(level);
             bool shown = level >= 3 || (ids[k] >= 90 && ids[k] <= 299);
-            if (shown)
-                expect_disc(pic, 100 + 50 * k, 300, kRed, what);  // no observations: unknown, red
-            else
-                expect_nothing_at(pic, 100 + 50 * k, 300, what);
+            expect_disc(pic, 100 + 50 * k, 300, shown ? kRed : kBackground, what);  // unknown: red
         }
     }
     for (const char *keys : {"aws=0&zoom_level=3", "aws=11&zoom_level=0", "aws=-1&zoom_level=3"}) {
-        cgi::Picture pic = picture(keys);
-        expect_nothing_at(pic, 200, 300, keys);
+        expect_disc(picture(keys), 200, 300, kBackground, keys);
     }
 }
 
@@ -139,25 +132,14 @@ TEST_F(Stations, ZoomLevelsOneAndTwoShowOnlyNumbers90To299)
 // so (x, y) km lands on column trunc(x - 500) and row 520 - trunc(y - 500).
 TEST_F(Stations, ZoomedPositionsAndTheViewBorder)
 {
-    auto row = [](int id, double lon, double lat) {
-        fixture::PositionRow p;
-        p.stn_id = id;
-        p.lon = lon;
-        p.lat = lat;
-        return p;
-    };
-    std::vector<fixture::StationListRow> list(4);
-    std::vector<fixture::SensorRow> sensors(4);
-    for (int k = 0; k < 4; k++) list[k].stn_id = sensors[k].stn_id = 101 + k;
-    ASSERT_TRUE(fixture::write_station_list(list));
-    ASSERT_TRUE(fixture::write_sensor_list(sensors));
-    double lon101, lat101, lon104, lat104;
-    fixture::lonlat_of_km(625.5f, 625.5f, 500, 500, &lon101, &lat101);
-    fixture::lonlat_of_km(300.5f, 700.5f, 500, 500, &lon104, &lat104);
+    ASSERT_TRUE(fixture::write_station_list({{101}, {102}, {103}, {104}}));
+    ASSERT_TRUE(fixture::write_sensor_list({{101}, {102}, {103}, {104}}));
+    fixture::PositionRow p101{101}, p104{104};
+    fixture::lonlat_of_km(625.5f, 625.5f, 500, 500, &p101.lon, &p101.lat);
+    fixture::lonlat_of_km(300.5f, 700.5f, 500, 500, &p104.lon, &p104.lat);
     // On the central meridian x is 500 km exactly: 102 lands on the view's west edge. 103 lies
     // 1.698 km east of it at y 554.037 km (PROJ's cs2cs), column 1 and row 466.
-    ASSERT_TRUE(fixture::write_position_list(
-        {row(101, lon101, lat101), row(102, 126.0, 39.0), row(103, 126.02, 38.5), row(104, lon104, lat104)}));
+    ASSERT_TRUE(fixture::write_position_list({p101, {102, 126.0, 39.0}, {103, 126.02, 38.5}, p104}));
 
     cgi::Picture pic = picture("aws=11&zoom_level=3&zoom_rate=2&zoom_x=50&zoom_y=50");
     ASSERT_TRUE(pic.ok());

@@ -18,14 +18,6 @@ namespace {
 
 constexpr int MINUTES_PER_HOUR = 60;
 
-template <typename Row>
-std::string lines_of(const std::vector<Row> &rows, std::string (*line)(const Row &))
-{
-    std::string text;
-    for (const Row &row : rows) text += line(row);
-    return text;
-}
-
 std::string number_text(const char *format, double v)
 {
     char buf[64];

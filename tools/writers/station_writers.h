@@ -15,17 +15,18 @@ namespace fixture {
 extern const char *const kValidFrom;
 extern const char *const kValidUntil;
 
-// Station list row: "id,until,from,name,-,kind,-,agency,-". The name is EUC-KR ("서울").
+// Rows of the three catalogues, fields in the order a test most often sets them.
+// Station list: "id,until,from,name,-,kind,-,agency,-"; the name is EUC-KR ("서울").
 struct StationListRow {
     int stn_id = 0;
-    std::string name = "\xbc\xad\xbf\xef";
     std::string kind = "SA";
     std::string gov = "GFR";
+    std::string name = "\xbc\xad\xbf\xef";
     std::string tm1 = kValidFrom;
     std::string tm2 = kValidUntil;
 };
 
-// Sensor list row: "id,-,code,-,until,from,-".
+// Sensor list: "id,-,code,-,until,from,-".
 struct SensorRow {
     int stn_id = 0;
     std::string obs_cd = "RN";
@@ -33,11 +34,11 @@ struct SensorRow {
     std::string tm2 = kValidUntil;
 };
 
-// Position list row: "id,-,until,from,lat,lon,height".
+// Position list: "id,-,until,from,lat,lon,height".
 struct PositionRow {
     int stn_id = 0;
-    double lat = 37.5;
     double lon = 127.0;
+    double lat = 37.5;
     double ht = 50.0;
     std::string tm1 = kValidFrom;
     std::string tm2 = kValidUntil;
@@ -47,6 +48,15 @@ struct PositionRow {
 std::string station_list_line(const StationListRow &row);
 std::string sensor_line(const SensorRow &row);
 std::string position_line(const PositionRow &row);
+
+// The lines of several rows, to which a test may add lines of its own.
+template <typename Row>
+std::string lines_of(const std::vector<Row> &rows, std::string (*line)(const Row &))
+{
+    std::string text;
+    for (const Row &row : rows) text += line(row);
+    return text;
+}
 
 // The catalogues as given text, byte for byte.
 bool write_station_list_text(const std::string &text);
