@@ -202,7 +202,9 @@ TEST_F(Stations, DiscsBarbsAndValueLabels)
 
 TEST_F(Stations, LabelsByMode)
 {
-    ASSERT_TRUE(fixture::write_station_catalogues({at_pixel(201, 100, 200)}, 500, 500));
+    fixture::Station long_name = at_pixel(202, 300, 200);
+    for (int k = 0; k < 15; k++) long_name.list.name += "\xb0\xad";  // 17 syllables, cut to 9
+    ASSERT_TRUE(fixture::write_station_catalogues({at_pixel(201, 100, 200), long_name}, 500, 500));
     observe({{201, 67, 12, 68, 77, 69, 55, 65, 0, 66, 123}});
     struct Row {
         int mode;
@@ -217,8 +219,10 @@ TEST_F(Stations, LabelsByMode)
         ASSERT_TRUE(pic.ok()) << what;
         expect_disc(pic, 100, 200, kBlue, what);
         EXPECT_EQ(pic.rgb(100, 180) == kBlack, r.barb) << what;
-        if (r.text == nullptr)
+        if (r.text == nullptr) {
             EXPECT_GT(label_pixels(pic, 100, 200), 20) << what;  // "서울" in the TrueType font
+            EXPECT_GT(label_pixels(pic, 300, 200), 20) << what;
+        }
         else if (r.text[0] == '\0')
             EXPECT_EQ(label_pixels(pic, 100, 200), 0) << what;
         else

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "euckr_text.h"
 #include "fixture_tree.h"
 #include "rdr_sfc_pty_img.h"
 #include "seq_time.h"
@@ -141,6 +142,16 @@ TEST_F(StationCatalogue, CapLongFieldsFarTimesAndMissingFiles)
     ASSERT_TRUE(fixture::write_sensor_list({{1}}));
     std::remove(fixture::path_of(stn_obs_path).c_str());
     EXPECT_EQ(aws_info_get(0), -2);
+}
+
+// A label holds 29 bytes in EUC-KR and in UTF-8, where a syllable takes three bytes.
+TEST(EuckrText, CutsAtWholeCharactersWithinBothBudgets)
+{
+    std::string syllables;
+    for (int k = 0; k < 15; k++) syllables += "\xb0\xad";
+    EXPECT_EQ(euckr_whole_prefix(syllables.c_str(), 29, 29), 18u);
+    EXPECT_EQ(euckr_whole_prefix(("AB" + syllables).c_str(), 29, 29), 20u);
+    EXPECT_EQ(euckr_whole_prefix("AB\xb0", 10, 10), 2u);  // a lone lead byte is no character
 }
 
 }  // namespace
