@@ -1,6 +1,14 @@
-// The projection against worked values, round trips and the cache of derived constants.
+// The projection against worked values, round trips, the cache of derived constants, and an
+// independent implementation (PROJ's cs2cs, same ellipsoid and parameters) over the whole map.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "file_ptr.h"
 #include "lamcproj.h"
 
 namespace {
@@ -65,6 +73,43 @@ TEST(Lamcproj, TheCacheServesRecordsThatSayFirstIsDone)
     lamcproj_ellp(&lon, &lat, &x2, &y2, 0, &other);
     EXPECT_NE(x1, x2);
     EXPECT_EQ(other.first, 1);
+}
+
+// Longitudes 118..136 and latitudes 28..46 every 1.5 degrees, projected by cs2cs in one run.
+TEST(Lamcproj, AgreesWithProjOverTheMap)
+{
+    std::vector<std::pair<float, float>> points;
+    for (float lon = 118.0f; lon <= 136.0f; lon += 1.5f)
+        for (float lat = 28.0f; lat <= 46.0f; lat += 1.5f) points.emplace_back(lon, lat);
+
+    char input[] = "/tmp/lamcproj_points_XXXXXX";
+    int fd = mkstemp(input);
+    ASSERT_GE(fd, 0);
+    {
+        FilePtr in(fdopen(fd, "w"));
+        for (const auto &p : points) std::fprintf(in.get(), "%.6f %.6f\n", p.first, p.second);
+    }
+    const std::string ellipsoid = " +a=6378138 +rf=298.257223563 +no_defs";
+    std::string command = "cs2cs -f %.6f +proj=longlat" + ellipsoid +
+                          " +to +proj=lcc +lat_1=30 +lat_2=60 +lon_0=126 +lat_0=38 +units=km" + ellipsoid +
+                          " < " + input;
+    std::vector<std::pair<double, double>> expected;
+    FILE *out = popen(command.c_str(), "r");
+    ASSERT_NE(out, nullptr);
+    double x, y, z;
+    while (std::fscanf(out, "%lf %lf %lf", &x, &y, &z) == 3) expected.emplace_back(x, y);
+    int status = pclose(out);
+    unlink(input);
+    ASSERT_EQ(status, 0) << "cs2cs (Debian package proj-bin) did not run";
+    ASSERT_EQ(expected.size(), points.size());
+
+    lamc_parameter map = korea();
+    for (std::size_t k = 0; k < points.size(); k++) {
+        float lon = points[k].first, lat = points[k].second, px = 0, py = 0;
+        lamcproj_ellp(&lon, &lat, &px, &py, 0, &map);
+        EXPECT_NEAR(px, expected[k].first, 0.001) << lon << "," << lat;
+        EXPECT_NEAR(py, expected[k].second, 0.001) << lon << "," << lat;
+    }
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ int rdr_sfc_pty_img()
 
     color_table(im, color_lvl, data_lvl);
     gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, color_lvl[240]);
+    if (var.aws > 0 && var.zoom_level > 0) aws_disp(im, color_lvl);
     gdImageRectangle(im, 0, 20, var.NI - 1, var.GJ - 1, color_lvl[242]);
 
     canvas_send(im);
