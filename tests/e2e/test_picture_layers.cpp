@@ -275,8 +275,10 @@ TEST_F(Layers, OutlinesByKindZoomLevelAndWidth)
     cgi::Picture zoomed(cgi::run("obs=RNSN&tm=202401151235&legend=0&size=200&zoom_level=1&zoom_x=1&zoom_y=1").png);
     EXPECT_EQ(zoomed.rgb(100, 60), black);
 
-    // A line that does not parse ends the file; what came before stays. Blank lines are spacing.
-    ASSERT_TRUE(fixture::write_outline_text("HR", 4, "2 0\n10 50\n\n40 50\n2 0\n10 30\nten 30\n2 0\n10 20\n40 20\n"));
+    // A line that does not parse ends the file; what came before stays. Blank lines are spacing,
+    // and a NUL byte ends the text of its line only.
+    ASSERT_TRUE(fixture::write_outline_text(
+        "HR", 4, std::string("2 0\n10 50") + '\0' + "x\n40 50\n\n2 0\n10 30\nten 30\n2 0\n10 20\n40 20\n"));
     cgi::Picture cut(cgi::run("obs=RNSN&tm=202401151235&legend=0&size=200").png);
     EXPECT_EQ(cut.rgb(50, 160), black);
     EXPECT_EQ(cut.rgb(50, 220), kBackground);
