@@ -7,9 +7,12 @@
 #include <gdfonts.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "cgi_run.h"
 #include "fixture_tree.h"
 #include "picture_writers.h"
+#include "rdr_paths.h"
 
 namespace {
 
@@ -96,6 +99,12 @@ TEST_F(Annotation, TitleBandTimeFollowsTheTitleLength)
         int pure_blue = title_ink - inked_except(pic, 5, 2, 125, 19, kWhite, cgi::rgb(0, 0, 255));
         EXPECT_EQ(pure_blue > 20, row.title) << row.obs;
     }
+    // Without the font only the TrueType text is missing.
+    ASSERT_EQ(std::remove(font_path()), 0);
+    cgi::Picture pic = draw("size=400&obs=RNSN");
+    EXPECT_EQ(inked(pic, 5, 2, 125, 19, kWhite), 0);
+    EXPECT_EQ(text_mismatch(pic, gdFontGetLarge(), 130, 1, "2024.01.15.12:35", kBlack, kWhite, 2), "");
+    EXPECT_EQ(pic.rgb(404, 440), kWhite);  // the legend's first box
 }
 
 TEST_F(Annotation, CategoricalLegendBoxesAndNames)

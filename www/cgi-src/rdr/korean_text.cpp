@@ -22,16 +22,10 @@ void draw_utf8(gdImagePtr im, const std::string &utf8, double points, int x, int
 {
     if (utf8.empty()) return;
     int brect[8];
-    gdImageStringFT(im, brect, colour, const_cast<char *>(font_path()), points, 0.0, x, y,
-                    const_cast<char *>(utf8.c_str()));
+    gdImageStringFT(im, brect, colour, font_path(), points, 0.0, x, y, utf8.c_str());
 }
 
 }  // namespace
-
-void draw_euckr_text(gdImagePtr im, const char *euckr, double points, int x, int y, int colour)
-{
-    draw_utf8(im, to_utf8(euckr), points, x, y, colour);
-}
 
 void draw_euckr_bold(gdImagePtr im, const char *euckr, double points, int x_first, int x_second, int y,
                      int colour)
