@@ -7,6 +7,7 @@
 #include "file_ptr.h"
 #include "rdr_sfc_pty_img.h"
 #include "seq_time.h"
+#include "text_fields.h"
 
 // Labels in EUC-KR: "없음" (none), "비" (rain), "눈비" (rain and snow), "눈" (snow).
 RNEX_COLOR rnex_color[4] = {
@@ -59,7 +60,15 @@ const char *color_file_name()
 // Palette components are bytes; a file's out-of-range component is held to 0..255.
 int component(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
 
-// One class per line of "R G B upper-bound"; a line without four numbers takes no slot.
+// "R G B upper-bound" with all four numbers there; trailing text is ignored.
+bool parse_class_line(const char *line, int rgb[3], float *bound)
+{
+    for (int c = 0; c < 3; c++)
+        if (!(line = scan_int(line, &rgb[c]))) return false;
+    return scan_float(line, bound) != nullptr;
+}
+
+// One class per line; a line without four numbers (or longer than any real line) takes no slot.
 void read_color_file(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
     const char *name = color_file_name();
@@ -69,12 +78,14 @@ void read_color_file(gdImagePtr im, int color_lvl[], float data_lvl[])
     if (!fp) return;
 
     char line[LINE_CAP];
-    while (var.num_color < MAX_CLASSES && std::fgets(line, sizeof line, fp.get())) {
-        int R, G, B;
-        float value;
-        if (std::sscanf(line, "%d %d %d %f", &R, &G, &B, &value) != 4) continue;
-        color_lvl[var.num_color] = gdImageColorAllocate(im, component(R), component(G), component(B));
-        data_lvl[var.num_color] = value;
+    LineRead got;
+    while (var.num_color < MAX_CLASSES && (got = read_line(fp.get(), line, sizeof line)) != LineRead::End) {
+        int rgb[3];
+        float bound;
+        if (got != LineRead::Ok || !parse_class_line(line, rgb, &bound)) continue;
+        color_lvl[var.num_color] =
+            gdImageColorAllocate(im, component(rgb[0]), component(rgb[1]), component(rgb[2]));
+        data_lvl[var.num_color] = bound;
         var.num_color++;
     }
 }
@@ -90,6 +101,7 @@ void shift_by_month(float data_lvl[])
 {
     int YY, MM, DD, HH, MI;
     seq2time(var.seq, &YY, &MM, &DD, &HH, &MI, 'm', 'n');
+    if (MM < 1 || MM > 12) return;
     float diff = data_lvl[0] - kTaMin[MM - 1] - 1.0;
     for (int k = 0; k < var.num_color; k++) data_lvl[k] -= diff;
 }

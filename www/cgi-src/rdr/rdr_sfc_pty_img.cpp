@@ -39,8 +39,15 @@ int rdr_sfc_pty_img()
 
     color_table(im, color_lvl, data_lvl);
     gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, color_lvl[240]);
+    grid_disp(im, color_lvl, data_lvl);
+    if (std::strchr(var.gis, 'T')) topo_disp(im, color_lvl, data_lvl);
+    if (var.zoom_level > 1) map_disp(im, color_lvl[249], 1);
+    map_disp(im, color_lvl[244], 4);
     if (var.aws > 0 && var.zoom_level > 0) aws_disp(im, color_lvl);
+    title_disp(im, color_lvl);
+    legend_disp(im, color_lvl, data_lvl);
     gdImageRectangle(im, 0, 20, var.NI - 1, var.GJ - 1, color_lvl[242]);
+    cross_line_disp(im, color_lvl);
 
     canvas_send(im);
     return 0;
