@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "euckr_text.h"
+#include "korean_text.h"
 #include "fixture_tree.h"
 #include "rdr_sfc_pty_img.h"
 #include "seq_time.h"

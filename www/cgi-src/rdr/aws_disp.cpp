@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "cgiutil.h"
-#include "euckr_text.h"
+#include "korean_text.h"
 #include "rdr_sfc_pty_img.h"
 #include "zoom.h"
 
@@ -75,17 +75,13 @@ void draw_disc(gdImagePtr im, int X, int Y, const STN_VAL &s, const int color_lv
     gdImageFilledArc(im, X, Y, CENTRE_SIZE, CENTRE_SIZE, 0, 360, centre, gdPie);
 }
 
-// The name, cut at a whole character so that it fits 29 bytes in EUC-KR and in UTF-8. The UTF-8
-// buffer has the converter's room of twice the input; the cut keeps the text itself to 29 bytes.
+// The name, cut at a whole character so that it fits 29 bytes in EUC-KR and in UTF-8.
 void draw_name(gdImagePtr im, int X, int Y, const STN_VAL &s, int color)
 {
     char txt[LABEL_CAP];
     copy_text(txt, sizeof txt, s.stn_ko);
     txt[euckr_whole_prefix(txt, LABEL_CAP - 1, LABEL_CAP - 1)] = '\0';
-    char txt_utf[2 * LABEL_CAP] = {0};
-    euckr2utf(txt, txt_utf);
-    int brect[8];
-    gdImageStringFT(im, brect, color, font_path(), NAME_FONT_SIZE, 0.0, X - 10, Y + 15, txt_utf);
+    draw_euckr(im, txt, NAME_FONT_SIZE, X - 10, Y + 15, color);
 }
 
 void draw_text(gdImagePtr im, int x, int y, const char *text, int color)

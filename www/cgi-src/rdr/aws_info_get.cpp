@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "cgiutil.h"
-#include "euckr_text.h"
+#include "korean_text.h"
 #include "file_ptr.h"
 #include "lamcproj.h"
 #include "rdr_sfc_pty_img.h"

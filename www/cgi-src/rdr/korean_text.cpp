@@ -27,6 +27,26 @@ void draw_utf8(gdImagePtr im, const std::string &utf8, double points, int x, int
 
 }  // namespace
 
+std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::size_t max_utf8)
+{
+    std::size_t bytes = 0, utf8 = 0;
+    while (text[bytes] != '\0') {
+        bool wide = (unsigned char)text[bytes] >= 0x80;
+        std::size_t width = wide ? 2 : 1;
+        std::size_t utf8_width = wide ? 3 : 1;
+        if (wide && text[bytes + 1] == '\0') break;
+        if (bytes + width > max_bytes || utf8 + utf8_width > max_utf8) break;
+        bytes += width;
+        utf8 += utf8_width;
+    }
+    return bytes;
+}
+
+void draw_euckr(gdImagePtr im, const char *euckr, double points, int x, int y, int colour)
+{
+    draw_utf8(im, to_utf8(euckr), points, x, y, colour);
+}
+
 void draw_euckr_bold(gdImagePtr im, const char *euckr, double points, int x_first, int x_second, int y,
                      int colour)
 {

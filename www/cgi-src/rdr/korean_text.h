@@ -1,10 +1,20 @@
-// Drawing Korean text held in EUC-KR with the TrueType font, for the title bar and the legend.
-// A missing font draws nothing, a text that does not convert only its converted prefix; nothing
-// is reported.
+// Korean text held in EUC-KR: cutting it at a whole character, and drawing it with the TrueType
+// font (title bar, legend, station names). A missing font draws nothing, a text that does not
+// convert only its converted prefix; nothing is reported.
 #ifndef KOREAN_TEXT_H
 #define KOREAN_TEXT_H
 
 #include <gd.h>
+
+#include <cstddef>
+
+// The length of the longest prefix of `text` made of whole characters (a byte of 0x80 or more
+// starts a two-byte character) with at most max_bytes bytes and at most max_utf8 bytes once
+// converted to UTF-8 (a two-byte character takes at most three there).
+std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::size_t max_utf8);
+
+// Converts `euckr` to UTF-8 and draws it with its baseline's left end at (x, y).
+void draw_euckr(gdImagePtr im, const char *euckr, double points, int x, int y, int colour);
 
 // Converts `euckr` to UTF-8 and draws it bold by double strike: with its baseline's left end at
 // (x_first, y), then again at (x_second, y).

@@ -145,7 +145,11 @@ int rdr_sfc_pty_get_all()
         char obs[8];
         copy_text(obs, sizeof obs, var.obs);
         copy_text(var.obs, sizeof var.obs, "RNSN");
+        short nx = rdr_cmp_head.nx, ny = rdr_cmp_head.ny;
         if (rdr_sfc_pty_get() < 0) err = 2;
+        // A file replaced between the two reads could leave grids of two shapes; the grid layer
+        // indexes both with one header.
+        if (rdr_cmp_head.nx != nx || rdr_cmp_head.ny != ny) err = 2;
         copy_text(var.obs, sizeof var.obs, obs);
     }
     return err;
