@@ -152,6 +152,8 @@ TEST(EuckrText, CutsAtWholeCharactersWithinBothBudgets)
     EXPECT_EQ(euckr_whole_prefix(syllables.c_str(), 29, 29), 18u);
     EXPECT_EQ(euckr_whole_prefix(("AB" + syllables).c_str(), 29, 29), 20u);
     EXPECT_EQ(euckr_whole_prefix("AB\xb0", 10, 10), 2u);  // a lone lead byte is no character
+    // The converter makes two UTF-8 bytes of each byte 0x80..0x9f: of 28 such bytes 14 fit.
+    EXPECT_EQ(euckr_whole_prefix(std::string(28, '\x88').c_str(), 29, 29), 14u);
 }
 
 }  // namespace

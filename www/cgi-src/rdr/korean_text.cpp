@@ -31,9 +31,12 @@ std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::siz
 {
     std::size_t bytes = 0, utf8 = 0;
     while (text[bytes] != '\0') {
-        bool wide = (unsigned char)text[bytes] >= 0x80;
+        unsigned char lead = (unsigned char)text[bytes];
+        bool wide = lead >= 0x80;
         std::size_t width = wide ? 2 : 1;
-        std::size_t utf8_width = wide ? 3 : 1;
+        // The converter takes a byte of 0x80..0x9f as a character of its own (a C1 control, two
+        // bytes of UTF-8), so a pair led by one may become four bytes; any other pair three.
+        std::size_t utf8_width = !wide ? 1 : (lead <= 0x9f ? 4 : 3);
         if (wide && text[bytes + 1] == '\0') break;
         if (bytes + width > max_bytes || utf8 + utf8_width > max_utf8) break;
         bytes += width;

@@ -10,7 +10,8 @@
 
 // The length of the longest prefix of `text` made of whole characters (a byte of 0x80 or more
 // starts a two-byte character) with at most max_bytes bytes and at most max_utf8 bytes once
-// converted to UTF-8 (a two-byte character takes at most three there).
+// converted to UTF-8 (a two-byte character takes at most three there, four when its first byte
+// is 0x80..0x9f, which the converter reads as a character of two UTF-8 bytes by itself).
 std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::size_t max_utf8);
 
 // Converts `euckr` to UTF-8 and draws it with its baseline's left end at (x, y).
