@@ -32,35 +32,9 @@ void must(bool ok, const char *what)
     std::abort();
 }
 
-// Rain in the west, snow in the east, values growing to the north-east: every block holds
-// something, so every product paints.
-fixture::Grid patterned_grid()
+void write_grid_at(int minute)
 {
-    fixture::Grid g = fixture::make_grid(MAP_NX, MAP_NY);
-    for (int j = 0; j < MAP_NY; j++)
-        for (int i = 0; i < MAP_NX; i++) {
-            std::size_t k = g.at(i, j);
-            g.code[k] = (uint8_t)((i < MAP_NX / 2 ? 0x22 : 0x44) ^ ((i + j) % 5 == 0 ? 0x31 : 0));
-            g.area[k] = (uint8_t)(1 + (i + j) % 4);
-            g.tw[k] = fixture::tw_raw(-5.0 + 0.1 * (i + j));
-            g.hsr[k] = fixture::rain_raw(0.2 * j);
-            g.rn15x[k] = j % 7 == 0 ? (int16_t)-30000 : fixture::rain_raw(0.3 * i);
-        }
-    return g;
-}
-
-void write_grid_at(int minute) { must(fixture::write_grid(patterned_grid(), YY, MM, DD, HH, minute), "a grid file"); }
-
-void write_colours()
-{
-    std::vector<fixture::ColorClass> rain, temp;
-    const float rain_bounds[] = {0.1f, 0.5f, 1, 2, 5, 10, 20, 100};
-    for (int k = 0; k < 8; k++) {
-        rain.push_back({30 * k, 250 - 30 * k, 120, rain_bounds[k]});
-        temp.push_back({250 - 30 * k, 30 * k, 200, -20.0f + 3.0f * k});
-    }
-    must(fixture::write_color_file("color_rn_echo.rgb", rain) && fixture::write_color_file("color_ta_e30.rgb", temp),
-         "the colour files");
+    must(fixture::write_grid(fixture::patterned_grid(MAP_NX, MAP_NY), YY, MM, DD, HH, minute), "a grid file");
 }
 
 void write_outlines()
@@ -166,7 +140,7 @@ void make_tree(unsigned parts)
         write_grid_at(0);
         write_grid_at(5);
     }
-    if (parts & COLOURS) write_colours();
+    if (parts & COLOURS) must(fixture::write_both_color_files(), "the colour files");
     if (parts & OUTLINES) write_outlines();
     if (parts & TERRAIN) write_terrain();
     if (parts & STATIONS) write_stations(STATION_IDS);

@@ -86,15 +86,11 @@ std::vector<std::string> catalogue_seeds()
 
 std::vector<std::string> colour_seeds()
 {
-    std::vector<fixture::ColorClass> rain, temp;
-    const float rain_bounds[] = {0.1f, 0.5f, 1, 2, 5, 10, 20, 100};
-    for (int k = 0; k < 8; k++) {
-        rain.push_back({30 * k, 250 - 30 * k, 120, rain_bounds[k]});
-        temp.push_back({250 - 30 * k, 30 * k, 200, -20.0f + 3.0f * k});
-    }
+    std::string rain = fixture::encode_color_classes(fixture::rain_classes());
+    std::string temp = fixture::encode_color_classes(fixture::temperature_classes());
     std::vector<std::string> seeds;
-    for (int r = 0; r < 3; r++) seeds.push_back(bytes({r}) + fixture::encode_color_classes(rain));
-    for (int r = 3; r < 5; r++) seeds.push_back(bytes({r}) + fixture::encode_color_classes(temp));
+    for (int r = 0; r < 3; r++) seeds.push_back(bytes({r}) + rain);
+    for (int r = 3; r < 5; r++) seeds.push_back(bytes({r}) + temp);
     seeds.push_back(bytes({0}) + "255 255 255 0.5\n");
     seeds.push_back(bytes({1}) + "1 2 3\n# comment\n300 -5 9 1e30\n\n0 0 0 nan\n4 5 6 7.5 extra\n");
     return seeds;

@@ -73,6 +73,21 @@ Grid make_grid(int nx, int ny, int dxy, int map_code)
     return g;
 }
 
+Grid patterned_grid(int nx, int ny, int dxy, int map_code)
+{
+    Grid g = make_grid(nx, ny, dxy, map_code);
+    for (int j = 0; j < ny; j++)
+        for (int i = 0; i < nx; i++) {
+            std::size_t k = g.at(i, j);
+            g.code[k] = (uint8_t)((i < nx / 2 ? 0x22 : 0x44) ^ ((i + j) % 5 == 0 ? 0x31 : 0));
+            g.area[k] = (uint8_t)(1 + (i + j) % 4);
+            g.tw[k] = tw_raw(-5.0 + 0.1 * (i + j));
+            g.hsr[k] = rain_raw(0.2 * j);
+            g.rn15x[k] = j % 7 == 0 ? (int16_t)-30000 : rain_raw(0.3 * i);
+        }
+    return g;
+}
+
 int16_t tw_raw(double celsius) { return (int16_t)std::lround((celsius + 200.0) * 100.0); }
 int16_t rain_raw(double mm_per_hour) { return (int16_t)std::lround(mm_per_hour * 100.0); }
 

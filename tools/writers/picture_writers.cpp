@@ -41,6 +41,27 @@ bool write_color_text(const std::string &name, const std::string &text)
     return write_bytes(path_of(color_file_path, name.c_str()), text);
 }
 
+std::vector<ColorClass> rain_classes()
+{
+    const float bounds[] = {0.1f, 0.5f, 1, 2, 5, 10, 20, 100};
+    std::vector<ColorClass> classes;
+    for (int k = 0; k < 8; k++) classes.push_back({30 * k, 250 - 30 * k, 120, bounds[k]});
+    return classes;
+}
+
+std::vector<ColorClass> temperature_classes()
+{
+    std::vector<ColorClass> classes;
+    for (int k = 0; k < 8; k++) classes.push_back({250 - 30 * k, 30 * k, 200, -20.0f + 3.0f * k});
+    return classes;
+}
+
+bool write_both_color_files()
+{
+    return write_color_file("color_rn_echo.rgb", rain_classes()) &&
+           write_color_file("color_ta_e30.rgb", temperature_classes());
+}
+
 std::string encode_outlines(const std::vector<Polyline> &lines)
 {
     std::size_t points = 0;

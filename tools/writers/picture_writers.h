@@ -22,6 +22,11 @@ struct ColorClass {
 std::string encode_color_classes(const std::vector<ColorClass> &classes);
 bool write_color_file(const std::string &name, const std::vector<ColorClass> &classes);
 bool write_color_text(const std::string &name, const std::string &text);
+// Eight classes each: rain rates 0.1 .. 100 mm/h, wet-bulb temperatures -20 .. 1 C.
+std::vector<ColorClass> rain_classes();
+std::vector<ColorClass> temperature_classes();
+// Both colour files with those classes.
+bool write_both_color_files();
 
 // Outline files of a map and kind: polylines of (km east, km north) points of the map domain.
 using Polyline = std::vector<std::pair<float, float>>;

@@ -43,6 +43,10 @@ struct Grid {
 
 // A grid with every block zero; dxy in metres.
 Grid make_grid(int nx, int ny, int dxy = 1000, int map_code = 0);
+// A grid with something in every block: rain in the west and snow in the east (with a sprinkle
+// of other codes), area classes 1..4, values growing to the north-east, and a missing station
+// rain value in every seventh row; every product paints most of it.
+Grid patterned_grid(int nx, int ny, int dxy = 1000, int map_code = 0);
 int16_t tw_raw(double celsius);
 int16_t rain_raw(double mm_per_hour);
 std::string encode_grid(const Grid &grid);
