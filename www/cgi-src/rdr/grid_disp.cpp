@@ -120,8 +120,9 @@ bool grid_view(float *rate, ZoomView *view)
     float xo = 0, yo = 0;
     for (const GridReference &r : kReferences) {
         if (r.map_code != rdr_cmp_head.map_code) continue;
-        xo = (float)((r.east - var.SX) * 1000.0 / dxy);
-        yo = (float)((r.north - var.SY) * 1000.0 / dxy);
+        // In double: a catalogue's origin may lie anywhere in the int range.
+        xo = (float)(((double)r.east - var.SX) * 1000.0 / dxy);
+        yo = (float)(((double)r.north - var.SY) * 1000.0 / dxy);
     }
     float grid_nx = (float)(var.NX * 1000.0 / dxy);
     float grid_ny = (float)(var.NY * 1000.0 / dxy);

@@ -53,8 +53,9 @@ int topo_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
     if (bands <= 0) return 0;
     int last_slot = FIRST_BAND_SLOT + bands - 1;
     ZoomView v = zoom_view(var.NX - 1, var.NY - 1, zoom_rule_of_request());
-    float east = (float)(TOPO_REF_EAST - var.SX);
-    float north = (float)(TOPO_REF_NORTH - var.SY);
+    // In double: a catalogue's origin may lie anywhere in the int range.
+    float east = (float)((double)TOPO_REF_EAST - var.SX);
+    float north = (float)((double)TOPO_REF_NORTH - var.SY);
 
     // The last row and column of the file are never shown.
     for (int j = 1; j < var.NJ; j++) {
