@@ -2,12 +2,15 @@
 // nx x ny cells (codes, areas, then wet-bulb temperature, radar rain and station rain as int16).
 // rdr_sfc_pty_get loads the one block the product needs into `pty` (classes) or `data`
 // (values); it returns 0, or -1 when the file cannot be opened or its header is implausible.
-#include <zlib.h>
-
+// rdr_sfc_pty_get_all loads every grid the product needs (0, or error code 2): for "HSR" and
+// "RN15X" the classes and the values come from one pass over the file, which the straightforward
+// build reads twice.
+#include <algorithm>
 #include <cstring>
-#include <memory>
+#include <vector>
 
 #include "cgiutil.h"
+#include "grid_stream.h"
 #include "nrutil.h"
 #include "rdr_sfc_pty_img.h"
 
@@ -20,11 +23,8 @@ namespace {
 // A damaged header must not make one request allocate gigabytes.
 constexpr long long MAX_CELLS = 64000000;
 constexpr float MISSING_VALUE = -999.0f;
-
-struct GzCloser {
-    void operator()(gzFile_s *f) const { gzclose(f); }
-};
-using GzFile = std::unique_ptr<gzFile_s, GzCloser>;
+// The fast road inflates this many bytes of rows at a time; the straightforward one a row.
+constexpr long CHUNK_BYTES = 256 * 1024;
 
 enum class ClassRule { RNSN, RNSN1, RNSN2, RNEX, AREA, None };
 
@@ -60,48 +60,85 @@ unsigned char class_of(ClassRule rule, unsigned char b)
     return 0;
 }
 
-// Bytes that arrived; a damaged stream counts as nothing read.
-long read_bytes(gzFile f, void *buf, long n)
+// Where the product's block starts, in bytes after the header: classes from the code block
+// ("AREA" from the area block), values from their int16 block (unknown codes from the code block).
+long block_offset(long N)
 {
-    int got = gzread(f, buf, (unsigned)n);
-    return got < 0 ? 0 : got;
+    if (obs_is_class_product()) return obs_is("AREA") ? N : 0;
+    return obs_is("TW") ? 2 * N : obs_is("HSR") ? 4 * N : obs_is("RN15X") ? 6 * N : 0;
+}
+
+// The stream past the header, which is kept in rdr_cmp_head; none when the file does not open or
+// its header is implausible.
+GridStreamPtr open_grid(int *nx, int *ny)
+{
+    GridStreamPtr s = grid_stream_open(var.fname, grid_inflater());
+    if (!s) return s;
+    unsigned char head[RDR_CMP_HEAD_SIZE] = {0};
+    grid_stream_read(s.get(), head, sizeof head);
+    rdr_cmp_head = decode_rdr_cmp_head(head);
+    *nx = rdr_cmp_head.nx;
+    *ny = rdr_cmp_head.ny;
+    if (*nx > 0 && *ny > 0 && (long long)*nx * *ny > MAX_CELLS) return GridStreamPtr();
+    return s;
+}
+
+// Hands the block's rows at the stream's position to `take(j, bytes, arrived)`, several rows per
+// read on the fast road. Bytes the stream did not give are zero; `arrived` counts those it did.
+template <typename Take>
+void read_rows(GridStream *s, int ny, long row_bytes, Take take)
+{
+    long rows_per_read = STRAIGHTFORWARD || row_bytes <= 0 ? 1 : std::max(1L, CHUNK_BYTES / row_bytes);
+    std::vector<unsigned char> buf((std::size_t)(rows_per_read * std::max(row_bytes, 1L)));
+    for (int j = 0; j < ny; j += (int)rows_per_read) {
+        long rows = std::min<long>(rows_per_read, ny - j);
+        long got = grid_stream_read(s, buf.data(), rows * row_bytes);
+        std::memset(buf.data() + got, 0, (std::size_t)(rows * row_bytes - got));
+        for (long r = 0; r < rows; r++)
+            take(j + (int)r, buf.data() + r * row_bytes, std::clamp(got - r * row_bytes, 0L, row_bytes));
+    }
 }
 
 // Cells the stream did not fill stay class 0, which every rule maps from a zero byte.
-void read_classes(gzFile f, int nx, int ny, int N)
+void read_classes(GridStream *s, ClassRule rule, int nx, int ny)
 {
     pty = cmatrix(0, ny - 1, 0, nx - 1);
-    unsigned char *row = (unsigned char *)cvector(0, nx - 1);
-    ClassRule rule = class_rule();
-    if (rule == ClassRule::AREA) gzseek(f, N, SEEK_CUR);
-    for (int j = 0; j < ny; j++) {
-        std::memset(row, 0, (std::size_t)nx);
-        read_bytes(f, row, nx);
-        for (int i = 0; i < nx; i++) pty[j][i] = class_of(rule, row[i]);
-    }
-    free_cvector((char *)row, 0, nx - 1);
+    unsigned char classes[256];
+    for (int b = 0; b < 256; b++) classes[b] = class_of(rule, (unsigned char)b);
+    read_rows(s, ny, nx, [&](int j, const unsigned char *row, long) {
+        for (int i = 0; i < nx; i++) pty[j][i] = classes[row[i]];
+    });
 }
 
 // Cells the stream did not fill are missing.
-void read_values(gzFile f, int nx, int ny, int N)
+void read_values(GridStream *s, int nx, int ny)
 {
     data = matrix(0, ny - 1, 0, nx - 1);
-    unsigned char *row = (unsigned char *)svector(0, nx - 1);
-    bool tw = obs_is("TW");
-    long skip = tw ? 2L * N : obs_is("HSR") ? 4L * N : obs_is("RN15X") ? 6L * N : 0;
-    if (skip > 0) gzseek(f, skip, SEEK_CUR);
-    for (int j = 0; j < ny; j++) {
-        long cells = read_bytes(f, row, 2L * nx) / 2;
-        for (int i = 0; i < nx; i++) {
-            if (i >= cells) {
-                data[j][i] = MISSING_VALUE;
-                continue;
-            }
-            double v = le_i16(row + 2 * i);
-            data[j][i] = tw ? (float)(v * 0.01 - 200.0) : (float)(v * 0.01);
-        }
-    }
-    free_svector((short *)row, 0, nx - 1);
+    bool celsius = obs_is("TW");
+    read_rows(s, ny, 2L * nx, [&](int j, const unsigned char *row, long arrived) {
+        float *out = data[j];
+        int cells = (int)(arrived / 2);
+        // Two loops rather than a test per cell; the products are formed in double precision.
+        if (celsius)
+            for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01 - 200.0);
+        else
+            for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01);
+        std::fill(out + cells, out + nx, MISSING_VALUE);
+    });
+}
+
+// "HSR" and "RN15X" in one pass: the "RNSN" classes from the code block, then the values.
+int read_rain_product()
+{
+    grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY);
+    int nx = 0, ny = 0;
+    GridStreamPtr s = open_grid(&nx, &ny);
+    if (!s) return -1;
+    long N = (long)nx * ny;
+    read_classes(s.get(), ClassRule::RNSN, nx, ny);
+    grid_stream_skip(s.get(), block_offset(N) - N);
+    read_values(s.get(), nx, ny);
+    return 0;
 }
 
 }  // namespace
@@ -116,32 +153,26 @@ bool obs_is_class_product()
 int rdr_sfc_pty_get()
 {
     grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY);
-
-    GzFile f(gzopen(var.fname, "rb"));
-    if (!f) return -1;
-
-    unsigned char head[RDR_CMP_HEAD_SIZE] = {0};
-    read_bytes(f.get(), head, sizeof head);
-    rdr_cmp_head = decode_rdr_cmp_head(head);
-
-    int nx = rdr_cmp_head.nx;
-    int ny = rdr_cmp_head.ny;
-    if (nx > 0 && ny > 0 && (long long)nx * ny > MAX_CELLS) return -1;
-    int N = nx * ny;
-
+    int nx = 0, ny = 0;
+    GridStreamPtr s = open_grid(&nx, &ny);
+    if (!s) return -1;
+    grid_stream_skip(s.get(), block_offset((long)nx * ny));
     if (obs_is_class_product())
-        read_classes(f.get(), nx, ny, N);
+        read_classes(s.get(), class_rule(), nx, ny);
     else
-        read_values(f.get(), nx, ny, N);
+        read_values(s.get(), nx, ny);
     return 0;
 }
 
 int rdr_sfc_pty_get_all()
 {
+    // The rain products also need the rain/snow classes of the same file to mark light rain.
+    bool rain = obs_is("HSR") || obs_is("RN15X");
+    if (rain && !STRAIGHTFORWARD) return read_rain_product() < 0 ? 2 : 0;
+
     int err = 0;
     if (rdr_sfc_pty_get() < 0) err = 2;
-    // The rain products also need the rain/snow classes of the same file to mark light rain.
-    if (obs_is("HSR") || obs_is("RN15X")) {
+    if (rain) {
         char obs[8];
         copy_text(obs, sizeof obs, var.obs);
         copy_text(var.obs, sizeof var.obs, "RNSN");

@@ -73,6 +73,15 @@ struct RNSN_COLOR {
     int R, G, B;
 };
 
+// Built with RDR_STRAIGHTFORWARD the program takes the plain road wherever it has a faster one
+// (zlib, one read per grid, the whole terrain): the reference the fast roads must match pixel for
+// pixel. Decided when compiling; nothing is looked up at run time.
+#ifdef RDR_STRAIGHTFORWARD
+constexpr bool STRAIGHTFORWARD = true;
+#else
+constexpr bool STRAIGHTFORWARD = false;
+#endif
+
 constexpr int STN_MAX = 2000;
 constexpr int COLOR_SLOTS = 256;
 
