@@ -2,8 +2,9 @@
 // server would (a new process, QUERY_STRING, the answer read from a pipe), and the request's floor
 // (zlib inflating exactly the blocks it needs, plus a process linked like the program writing a
 // blank picture of the same size), interleaved over the repeats so that noise hits all alike.
-// Prints per request and build the median time, the floor, their ratio, the spread and the peak
-// memory; first checks that every build draws the reference build's pixels. Exit status 0 when
+// Prints per request and build the median time, the floor, their ratio and spread, the same for
+// processor time, and the peak memory; first checks that every build draws the reference
+// build's pixels. Exit status 0 when
 // every picture matched, 1 when one did not or a run failed, 2 for a usage error.
 #include <fcntl.h>
 #include <spawn.h>
@@ -45,34 +46,39 @@ struct Options {
 
 struct Run {
     bool ok = false;
-    double ms = 0;
+    double ms = 0;      // wall clock, start to exit
+    double cpu_ms = 0;  // processor time, user and system
     long peak_kib = 0;
     std::string out;
 };
 
+double quantile(std::vector<double> s, double q)
+{
+    std::sort(s.begin(), s.end());
+    if (s.empty()) return 0;
+    double at = q * (double)(s.size() - 1);
+    std::size_t lo = (std::size_t)at;
+    std::size_t hi = std::min(lo + 1, s.size() - 1);
+    return s[lo] + (s[hi] - s[lo]) * (at - (double)lo);
+}
+
 struct Samples {
-    std::vector<double> ms;
+    std::vector<double> ms, cpu_ms;
     long peak_kib = 0;
 
     void add(const Run &r)
     {
         ms.push_back(r.ms);
+        cpu_ms.push_back(r.cpu_ms);
         peak_kib = std::max(peak_kib, r.peak_kib);
     }
-    double quantile(double q) const
-    {
-        std::vector<double> s = ms;
-        std::sort(s.begin(), s.end());
-        if (s.empty()) return 0;
-        double at = q * (double)(s.size() - 1);
-        std::size_t lo = (std::size_t)at;
-        std::size_t hi = std::min(lo + 1, s.size() - 1);
-        return s[lo] + (s[hi] - s[lo]) * (at - (double)lo);
-    }
-    double median() const { return quantile(0.5); }
+    double median() const { return quantile(ms, 0.5); }
+    double cpu_median() const { return quantile(cpu_ms, 0.5); }
     // Half the interquartile range against the median: how far a typical run strays.
-    double spread() const { return median() > 0 ? (quantile(0.75) - quantile(0.25)) / 2 / median() : 0; }
+    double spread() const { return median() > 0 ? (quantile(ms, 0.75) - quantile(ms, 0.25)) / 2 / median() : 0; }
 };
+
+double ms_of(const timeval &t) { return (double)t.tv_sec * 1e3 + (double)t.tv_usec / 1e3; }
 
 double since_ms(std::chrono::steady_clock::time_point t)
 {
@@ -116,6 +122,7 @@ Run run_process(const std::vector<std::string> &args, const std::string &query)
     rusage usage{};
     wait4(pid, &status, 0, &usage);
     r.ms = since_ms(start);
+    r.cpu_ms = ms_of(usage.ru_utime) + ms_of(usage.ru_stime);
     r.peak_kib = usage.ru_maxrss;
     r.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return r;
@@ -229,10 +236,14 @@ bool measure(const Options &o, std::vector<Request> &requests)
             }
             Run inflate = run_process({o.inflate_tool, rq.grid, field(rq.query, "obs")}, "");
             Run blank = run_process({o.blank_tool, std::to_string(rq.width), std::to_string(rq.height)}, "");
-            double bytes = 0, ms = 0;
-            if (!inflate.ok || !blank.ok || std::sscanf(inflate.out.c_str(), "%lf %lf", &bytes, &ms) != 2) return false;
+            double bytes = 0, ms = 0, cpu_ms = 0;
+            if (!inflate.ok || !blank.ok ||
+                std::sscanf(inflate.out.c_str(), "%lf %lf %lf", &bytes, &ms, &cpu_ms) != 3)
+                return false;
             rq.inflated_bytes = (long long)bytes;
-            inflate.ms = ms;  // inflating only: its process start is the blank run's part
+            // Inflating only: its process start is the blank run's part.
+            inflate.ms = ms;
+            inflate.cpu_ms = cpu_ms;
             rq.inflate.add(inflate);
             rq.blank.add(blank);
         }
@@ -243,16 +254,19 @@ bool measure(const Options &o, std::vector<Request> &requests)
 bool print_table(const Options &o, const std::vector<Request> &requests)
 {
     bool goals = true;
-    std::printf("\n%-3s %-8s %10s %10s %7s %8s %9s\n", "", "build", "median ms", "floor ms", "ratio", "spread", "peak MiB");
+    std::printf("\n%-3s %-8s %9s %9s %6s %7s %8s %9s %6s %9s\n", "", "build", "median", "floor", "ratio", "spread",
+                "cpu", "cpu floor", "ratio", "peak MiB");
     int k = 0;
     for (const Request &rq : requests) {
         double floor = rq.inflate.median() + rq.blank.median();
+        double cpu_floor = rq.inflate.cpu_median() + rq.blank.cpu_median();
         std::printf("%d   %s\n", ++k, rq.query.c_str());
         for (std::size_t b = 0; b < o.builds.size(); b++) {
             const Samples &s = rq.builds[b];
             double ratio = s.median() / floor, mib = (double)s.peak_kib / 1024.0;
-            std::printf("%-3s %-8s %10.1f %10.1f %7.2f %7.0f%% %9.1f\n", "", o.builds[b].name.c_str(), s.median(),
-                        floor, ratio, 100 * s.spread(), mib);
+            std::printf("%-3s %-8s %9.1f %9.1f %6.2f %6.0f%% %8.1f %9.1f %6.2f %9.1f\n", "", o.builds[b].name.c_str(),
+                        s.median(), floor, ratio, 100 * s.spread(), s.cpu_median(), cpu_floor,
+                        s.cpu_median() / cpu_floor, mib);
             if (b == 0) goals = goals && ratio <= RATIO_GOAL && mib < MEMORY_GOAL_MIB;
         }
         std::printf("%-3s floor: zlib inflates %.1f MB in %.1f ms (spread %.0f%%), a blank %dx%d picture %.1f ms "
@@ -290,7 +304,9 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "rdr_bench: a run failed\n");
         return 1;
     }
-    std::printf("\n%d runs of each, interleaved; spread: half the interquartile range against the median\n",
+    std::printf("\n%d runs of each, interleaved. Times in ms, medians: wall clock from start to exit (the goal), and\n"
+                "processor time (user and system), which other work on the machine disturbs less. Spread: half the\n"
+                "interquartile range of the wall times against their median.\n",
                 o.repeat);
     print_table(o, requests);
     if (!same) std::printf("\nNOT the same pixels: see the checks above\n");

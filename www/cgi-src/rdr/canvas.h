@@ -16,6 +16,10 @@ inline bool canvas_fits(long long width, long long height)
 // with one line on standard error, since nothing more can be answered.
 gdImagePtr canvas_create(int width, int height);
 
+// Pixel row y (0 <= y < height) of a canvas, for layers that paint row by row. Storing a palette
+// entry in it is what gdImageSetPixel does inside the canvas: no layer sets a clip or a brush.
+inline unsigned char *canvas_row(gdImagePtr im, int y) { return im->pixels[y]; }
+
 // Writes "Content-type: image/png", the empty line and the PNG; destroys the image.
 void canvas_send(gdImagePtr im);
 

@@ -4,6 +4,9 @@
 // Level" is written then) or the grid header gives no cell size to place the grid by.
 #include <gdfontl.h>
 
+#include <vector>
+
+#include "canvas.h"
 #include "rdr_sfc_pty_img.h"
 #include "zoom.h"
 
@@ -88,28 +91,56 @@ bool bilinear_value(float x, float y, int ix, int iy, float *value)
     return true;
 }
 
+// Where a column samples the grid: `near` the nearest cell (-1 outside), `low` the left cell of
+// the bilinear pair (-1 outside). Columns depend on i alone, so the fast road works them out once.
+struct Column {
+    float x;
+    int near;
+    int low;
+};
+
+Column column_at(const Layer &L, float rate, const ZoomView &v, int i)
+{
+    float x = i * rate / v.zm + v.ox;
+    return {x, cell_index(x + NEAREST_SHIFT, L.nx), cell_index(x, L.nx - 1)};
+}
+
 // The palette entry of one pixel, or -1 to leave it as it is. `near_row` is the nearest grid row
 // (-1 outside), `low_row` the lower row of the bilinear pair (-1 outside).
-int pixel_colour(const Layer &L, float x, float y, int near_row, int low_row)
+int pixel_colour(const Layer &L, const Column &c, float y, int near_row, int low_row)
 {
-    if (L.kind == Kind::Class) {
-        int col = cell_index(x + NEAREST_SHIFT, L.nx);
-        return col < 0 ? -1 : L.class_colours[pty[near_row][col]];
-    }
+    if (L.kind == Kind::Class) return c.near < 0 ? -1 : L.class_colours[pty[near_row][c.near]];
     float value;
-    int col;
+    int col = L.bilinear ? c.low : c.near;
+    if (col < 0) return -1;
     if (L.bilinear) {
-        col = cell_index(x, L.nx - 1);
-        if (col < 0 || !bilinear_value(x, y, col, low_row, &value)) return -1;
+        if (!bilinear_value(c.x, y, col, low_row, &value)) return -1;
     } else {
-        col = cell_index(x + NEAREST_SHIFT, L.nx);
-        if (col < 0) return -1;
         value = data[near_row][col];
         if (missing(value)) return -1;
     }
     int k = threshold_class(value, L.data_lvl);
     if (L.kind == Kind::Rain && k == 0 && L.marking >= 0 && pty[near_row][col] > 1) return L.marking;
     return L.color_lvl[k];
+}
+
+// One row of the map area, image row `GJ - j`. The straightforward road samples pixel by pixel
+// through the graphics library; the fast one takes the columns from a table and writes the row.
+void draw_row(gdImagePtr im, const Layer &L, const std::vector<Column> &columns, float rate, const ZoomView &v,
+              int j, float y, int near_row, int low_row)
+{
+    if (STRAIGHTFORWARD) {
+        for (int i = 1; i < var.NI; i++) {
+            int colour = pixel_colour(L, column_at(L, rate, v, i), y, near_row, low_row);
+            if (colour >= 0) gdImageSetPixel(im, i, var.GJ - j, colour);
+        }
+        return;
+    }
+    unsigned char *line = canvas_row(im, var.GJ - j);
+    for (int i = 1; i < var.NI; i++) {
+        int colour = pixel_colour(L, columns[i], y, near_row, low_row);
+        if (colour >= 0) line[i] = (unsigned char)colour;
+    }
 }
 
 // The grid's placement: cells per pixel and the view's corner and magnification, in cells.
@@ -152,6 +183,9 @@ int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
     bool needs_data = L.kind != Kind::Class;
     if (L.nx <= 0 || L.ny <= 0 || (needs_pty && !pty) || (needs_data && !data)) return 0;
 
+    std::vector<Column> columns;
+    if (!STRAIGHTFORWARD)
+        for (int i = 0; i < var.NI; i++) columns.push_back(column_at(L, rate, v, i));
     for (int j = 1; j < var.NJ; j++) {
         float y = j * rate / v.zm + v.oy;
         int near_row = cell_index(y + NEAREST_SHIFT, L.ny);
@@ -159,11 +193,7 @@ int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
         // Classes come from the nearest row, so the rain products need it in bilinear mode too.
         if ((L.kind != Kind::Plain || !L.bilinear) && near_row < 0) continue;
         if (L.bilinear && low_row < 0) continue;
-        for (int i = 1; i < var.NI; i++) {
-            float x = i * rate / v.zm + v.ox;
-            int colour = pixel_colour(L, x, y, near_row, low_row);
-            if (colour >= 0) gdImageSetPixel(im, i, var.GJ - j, colour);
-        }
+        draw_row(im, L, columns, rate, v, j, y, near_row, low_row);
     }
     return 0;
 }
