@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "rdr_sfc_pty_img.h"
+
 gdImagePtr canvas_create(int width, int height)
 {
     gdImagePtr im = gdImageCreate(width, height);
@@ -14,11 +16,21 @@ gdImagePtr canvas_create(int width, int height)
     return im;
 }
 
+namespace {
+
+// zlib's compression level for the PNG. Measured on the benchmark's pictures, level 3 takes 40 to
+// 60 % less time than the default 6 for files 25 to 80 % larger (12 to 22 KB at 1235 x 1520,
+// 7.6 ms against 13.3); levels 1 and 2 are hardly faster and larger again, and 9 takes up to
+// seven times as long. The straightforward build keeps the library's default.
+constexpr int PNG_LEVEL = STRAIGHTFORWARD ? -1 : 3;
+
+}  // namespace
+
 void canvas_send(gdImagePtr im)
 {
     std::fputs("Content-type: image/png\n\n", stdout);
     int size = 0;
-    void *png = gdImagePngPtrEx(im, &size, -1);
+    void *png = gdImagePngPtrEx(im, &size, PNG_LEVEL);
     if (png) {
         std::fwrite(png, 1, (std::size_t)size, stdout);
         gdFree(png);
