@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "rdr_sfc_pty_img.h"
 
@@ -25,6 +26,16 @@ namespace {
 constexpr int PNG_LEVEL = STRAIGHTFORWARD ? -1 : 3;
 
 }  // namespace
+
+void canvas_fill(gdImagePtr im, int colour)
+{
+    // The library draws such a rectangle pixel by pixel; negative colours are its special ones.
+    if (STRAIGHTFORWARD || colour < 0) {
+        gdImageFilledRectangle(im, 0, 0, gdImageSX(im), gdImageSY(im), colour);
+        return;
+    }
+    for (int y = 0; y < gdImageSY(im); y++) std::memset(canvas_row(im, y), colour, (std::size_t)gdImageSX(im));
+}
 
 void canvas_send(gdImagePtr im)
 {

@@ -47,7 +47,7 @@ int err_img(int err)
     gdImagePtr im = canvas_create(var.GI, var.GJ);
     int background = gdImageColorAllocate(im, 240, 240, 240);
     int black = gdImageColorAllocate(im, 0, 0, 0);
-    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, background);
+    canvas_fill(im, background);
 
     int YY, MM, DD, HH, MI;
     seq2time(var.seq, &YY, &MM, &DD, &HH, &MI, 'm', 'n');

@@ -106,7 +106,9 @@ void read_classes(GridStream *s, ClassRule rule, int nx, int ny)
     unsigned char classes[256];
     for (int b = 0; b < 256; b++) classes[b] = class_of(rule, (unsigned char)b);
     read_rows(s, ny, nx, [&](int j, const unsigned char *row, long) {
-        for (int i = 0; i < nx; i++) pty[j][i] = classes[row[i]];
+        // A local row pointer: stores through pty[j] could otherwise alias pty itself.
+        unsigned char *out = pty[j];
+        for (int i = 0; i < nx; i++) out[i] = classes[row[i]];
     });
 }
 

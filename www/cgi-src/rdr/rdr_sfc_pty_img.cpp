@@ -38,7 +38,7 @@ int rdr_sfc_pty_img()
     float data_lvl[COLOR_SLOTS] = {0};
 
     color_table(im, color_lvl, data_lvl);
-    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, color_lvl[240]);
+    canvas_fill(im, color_lvl[240]);
     grid_disp(im, color_lvl, data_lvl);
     if (std::strchr(var.gis, 'T')) topo_disp(im, color_lvl, data_lvl);
     if (var.zoom_level > 1) map_disp(im, color_lvl[249], 1);
