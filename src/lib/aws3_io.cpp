@@ -181,13 +181,16 @@ int AWS3_DATA_READ(int YY, int MM, int DD, int HH, int MI, int aws_id, AWS3_DATA
 
 int AWS3_QCD(AWS3_DATA *aws, const struct AWS3_QCD *qcd)
 {
-    for (int i = 0; i < AWS3_QC_ELEMENTS; i++) {
-        // The highest level that flags the element decides; level 7 keeps the value.
-        for (int k = AWS3_QC_KEEP_LEVEL; k >= 1; k--) {
-            if (((qcd->qc[k] >> i) & 1u) == 0) continue;
-            if (k < AWS3_QC_KEEP_LEVEL) aws->d[i] = (int16_t)(AWS3_QC_REJECTED + k);
-            break;
-        }
+    // The highest level that flags an element decides; level 7 keeps the value. Levels are
+    // visited from the top, and only the flags no higher level has set count: a few bit steps
+    // per record rather than 7 x 64 tests.
+    uint64_t decided = 0;
+    for (int k = AWS3_QC_KEEP_LEVEL; k >= 1; k--) {
+        uint64_t word = qcd->qc[k];
+        uint64_t flags = word & ~decided;
+        decided |= word;
+        if (k == AWS3_QC_KEEP_LEVEL) continue;
+        for (; flags != 0; flags &= flags - 1) aws->d[__builtin_ctzll(flags)] = (int16_t)(AWS3_QC_REJECTED + k);
     }
     return 0;
 }
