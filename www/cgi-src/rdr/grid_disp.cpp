@@ -137,7 +137,17 @@ void draw_row(gdImagePtr im, const Layer &L, const std::vector<Column> &columns,
         return;
     }
     unsigned char *line = canvas_row(im, var.GJ - j);
-    for (int i = 1; i < var.NI; i++) {
+    int width = var.NI;
+    if (L.kind == Kind::Class) {
+        // The class products' pixel_colour, with the row's codes at hand.
+        const unsigned char *codes = pty[near_row];
+        for (int i = 1; i < width; i++) {
+            int colour = columns[i].near < 0 ? -1 : L.class_colours[codes[columns[i].near]];
+            if (colour >= 0) line[i] = (unsigned char)colour;
+        }
+        return;
+    }
+    for (int i = 1; i < width; i++) {
         int colour = pixel_colour(L, columns[i], y, near_row, low_row);
         if (colour >= 0) line[i] = (unsigned char)colour;
     }
