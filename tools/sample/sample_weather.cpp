@@ -184,7 +184,7 @@ Weather make_weather(const Geography &geo, const KmField &terrain, const std::ve
         // A warm summer south, and a cold air mass over the north beyond about 38 N.
         double lat = geo.lat.nearest(x, y);
         double north = std::max(0.0, lat - 38.2 + 1.4 * (fractal_noise(x / 160.0, y / 160.0, 2, 37) - 0.5));
-        return 27.0 - 1.6 * (lat - 33.0) - 6.0 * north * north - 0.0065 * terrain.bilinear(x, y) +
+        return 27.0 - 1.6 * (lat - 33.0) - 6.0 * std::min(north * north, 2.5) - 0.0065 * terrain.bilinear(x, y) +
                1.5 * (fractal_noise(x / 90.0, y / 90.0, 3, 31) - 0.5);
     });
     w.station_reach = station_reach(stations);
