@@ -45,11 +45,12 @@ std::string quoted(const std::string &s)
     return out + "'";
 }
 
-// Runs "gmt ARGS" in the scratch folder with standard output to `out_name` there; its bytes.
+// Runs "gmt ARGS" in the scratch folder and reads the file `out_name` it leaves there; standard
+// output goes to "gmt.out".
 bool run_gmt(const ScratchDir &dir, const std::string &args, const std::string &out_name, std::string *bytes,
              std::string *error)
 {
-    std::string command = "cd " + quoted(dir.path()) + " && gmt " + args + " > " + out_name + " 2> gmt.err";
+    std::string command = "cd " + quoted(dir.path()) + " && gmt " + args + " > gmt.out 2> gmt.err";
     if (std::system(command.c_str()) != 0) {
         std::ifstream err(dir.path() + "/gmt.err");
         std::stringstream text;
@@ -123,12 +124,11 @@ bool load_geography(Geography *geo, std::string *error)
     }
     std::string region = kRegion, coast, borders, rivers, mask;
     // -A0/0/1: only the shorelines between land and sea, not those of lakes.
-    bool ok = run_gmt(dir, "coast " + region + " -Di -A0/0/1 -W -M", "coast.txt", &coast, error) &&
-              run_gmt(dir, "coast " + region + " -Di -N1 -M", "borders.txt", &borders, error) &&
-              run_gmt(dir, "coast " + region + " -Di -I1 -M", "rivers.txt", &rivers, error) &&
-              run_gmt(dir, "grdlandmask " + region + " -I0.01 -r -Di -N0/1/0/1/0 -Gmask.nc", "landmask.out", &mask,
-                      error) &&
-              run_gmt(dir, "grd2xyz mask.nc -ZTLu", "mask.bin", &mask, error);
+    bool ok = run_gmt(dir, "coast " + region + " -Di -A0/0/1 -W -M", "gmt.out", &coast, error) &&
+              run_gmt(dir, "coast " + region + " -Di -N1 -M", "gmt.out", &borders, error) &&
+              run_gmt(dir, "coast " + region + " -Di -I1 -M", "gmt.out", &rivers, error) &&
+              run_gmt(dir, "grdlandmask " + region + " -I0.01 -r -Di -N0/1/0/1/0 -Gmask.nc", "mask.nc", &mask, error) &&
+              run_gmt(dir, "grd2xyz mask.nc -ZTLu", "gmt.out", &mask, error);
     if (!ok) return false;
     if (mask.size() != (std::size_t)kMaskCols * kMaskRows) {
         *error = "gmt's land mask has " + std::to_string(mask.size()) + " bytes";

@@ -66,7 +66,7 @@ Moment moment_at(const Weather &w, double minute)
 struct Rain {
     double rate;   // mm/h
     double across; // km behind the band's leading edge (negative: ahead of it)
-    bool moist;
+    double wet;    // how near the rain systems are, 0 .. 1 and a little more
 };
 
 Rain rain_at(const Weather &w, const Moment &m, double x, double y)
@@ -76,9 +76,9 @@ Rain rain_at(const Weather &w, const Moment &m, double x, double y)
     // The leading edge bows and kinks along the band.
     double across = dx * kAcrossX + dy * kAcrossY + 150.0 * (fractal_noise((along - m.drift) / 200.0, 3.5, 2, 53) - 0.5);
     double a = along / kBandHalfLengthKm, envelope = std::exp(-(a * a) * (a * a));
-    double texture = w.texture.bilinear(x - m.cells_dx, y - m.cells_dy);
     double band = 0;
     if (envelope > 1e-4) {
+        double texture = w.texture.bilinear(x - m.cells_dx, y - m.cells_dy);
         double line = 9.0 * std::exp(-(across / 13.0) * (across / 13.0));
         double shield = across > 0 ? 2.6 * (1 - std::exp(-across / 10.0)) * std::exp(-across / 60.0) : 0;
         // Drizzle ahead of the line: light enough that radar and gauges often disagree on it.
@@ -92,12 +92,14 @@ Rain rain_at(const Weather &w, const Moment &m, double x, double y)
         if (std::fabs(du) < 4 && std::fabs(ds) < 4) cores += m.core_amplitude[k] * std::exp(-(du * du + ds * ds));
     }
     double nx = (x - m.north_x) / 150.0, ny = (y - m.north_y) / 95.0, north_envelope = std::exp(-(nx * nx + ny * ny));
-    double north_texture = w.texture.bilinear(x - m.north_x + kNorthStartX + 180, y - 160);
-    double north = 2.6 * north_envelope * std::max(0.0, 3.0 * (north_texture - 0.33));
+    double north = 0;
+    if (north_envelope > 1e-4) {
+        double north_texture = w.texture.bilinear(x - m.north_x + kNorthStartX + 180, y - 160);
+        north = 2.6 * north_envelope * std::max(0.0, 3.0 * (north_texture - 0.33));
+    }
     double rate = (band + cores + north) * (1.0 + w.height.bilinear(x, y) / 1300.0);
     double wet = envelope * sigmoid((across + 80) / 15.0) * sigmoid((230 - across) / 30.0) + north_envelope;
-    bool moist = wet + 0.8 * (w.texture.bilinear(0.5 * x, 0.5 * y) - 0.5) > 0.35;
-    return {rate, across, moist};
+    return {rate, across, wet};
 }
 
 bool radar_sees(const Weather &w, double x, double y)
@@ -126,7 +128,8 @@ Observed observe_at(const Weather &w, const Moment &m, double x, double y)
     o.wet_bulb = w.tw_still.bilinear(x, y) - 2.2 * sigmoid(rain.across / 25.0) - 0.1 * std::min(rain.rate, 25.0);
     o.radar_sees = radar_sees(w, x, y);
     o.stations_see = w.station_reach.nearest(x, y) > 0;
-    o.moist = rain.moist || rain.rate >= kRainThreshold;
+    // The area where rain or snow is possible has ragged edges of its own.
+    o.moist = rain.wet + 0.8 * (w.texture.bilinear(0.5 * x, 0.5 * y) - 0.5) > 0.35 || rain.rate >= kRainThreshold;
     // South-westerlies ahead of the band veer to north-westerlies behind it, strongest at the line.
     o.wind_from_deg = std::fmod(215 + 95 * sigmoid(rain.across / 40.0) + 360, 360.0);
     o.wind_m_s = 2.5 + 7.0 * std::exp(-(rain.across / 45.0) * (rain.across / 45.0)) + 0.1 * std::min(rain.rate, 40.0);
