@@ -172,8 +172,9 @@ bool write_station_catalogues(const std::vector<SampleStation> &stations)
             sensors.push_back({s.stn_id, code, row.tm1, row.tm2});
         }
         // Every tenth station moved once: its first site stays in the list, no longer valid.
-        if (s.stn_id % 10 == 3) positions.push_back({s.stn_id, s.lon + 0.02, s.lat - 0.015, s.height_m, "200803010000", "201506302359"});
-        positions.push_back({s.stn_id, s.lon, s.lat, s.height_m, s.stn_id % 10 == 3 ? "201507010000" : row.tm1, open_end});
+        bool moved = s.stn_id % 10 == 3;
+        if (moved) positions.push_back({s.stn_id, s.lon + 0.02, s.lat - 0.015, s.height_m, row.tm1, "201506302359"});
+        positions.push_back({s.stn_id, s.lon, s.lat, s.height_m, moved ? "201507010000" : row.tm1, open_end});
     }
     return fixture::write_station_list_text("STN_ID,TM_ED,TM_ST,STN_KO,STN_EN,STN_SP,LAW_ID,GOV_CD,ETC\n" +
                                             fixture::lines_of(list, fixture::station_list_line)) &&

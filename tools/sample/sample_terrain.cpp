@@ -23,7 +23,8 @@ const std::vector<Ridge> &ridges()
 {
     static const std::vector<Ridge> kRidges = {
         // Taebaek range along the east coast (with Kumgangsan), Sobaek range, Jirisan, Charyeong.
-        {{{127.90, 39.20}, {128.10, 38.90}, {128.35, 38.60}, {128.60, 38.00}, {128.85, 37.60}, {129.05, 37.20}, {129.15, 36.70}, {129.20, 36.20}},
+        {{{127.90, 39.20}, {128.10, 38.90}, {128.35, 38.60}, {128.60, 38.00}, {128.85, 37.60}, {129.05, 37.20},
+          {129.15, 36.70}, {129.20, 36.20}},
          1150, 24},
         {{{128.70, 37.10}, {128.30, 36.85}, {127.95, 36.30}, {127.75, 35.80}, {127.60, 35.40}}, 850, 22},
         {{{127.73, 35.34}}, 1100, 12},
@@ -107,7 +108,8 @@ double height_at(double x, double y, double lon, double lat, double from_sea)
     double roughness = 0.45 + 1.0 * fractal_noise(x / 14.0, y / 14.0, 3, 23);
     for (const Ridge &ridge : ridges()) {
         double d = km_to_line(ridge.line, lon, lat);
-        if (d < 3 * ridge.half_width_km) crests += ridge.crest_m * std::exp(-(d * d) / (ridge.half_width_km * ridge.half_width_km));
+        double w = ridge.half_width_km;
+        if (d < 3 * w) crests += ridge.crest_m * std::exp(-(d * d) / (w * w));
     }
     double rise = 1.0 - std::exp(-from_sea / 10.0);
     return std::min(2900.0, rise * (hills + crests * roughness) + 2.0);

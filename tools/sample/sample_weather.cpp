@@ -25,6 +25,7 @@ constexpr double kBandHalfLengthKm = 430;
 constexpr double kNorthStartX = 678, kNorthStartY = 938;  // the northern rain area, near 127.4 E 38.9 N
 constexpr double kNorthSpeed = 20;                        // km/h towards the east
 constexpr double kStationReachKm = 13;
+constexpr double kHeaviestRain = 250;  // mm/h; also keeps every rate inside the grid's 16 bits
 constexpr int kGridNx = 2305, kGridNy = 2881, kGridDxy = 500;
 constexpr int16_t kMissingRaw = -30000;  // -300.00 once scaled: missing
 
@@ -116,7 +117,7 @@ bool radar_sees(const Weather &w, double x, double y)
 double seen_rain(const KmField &factor, double rate, double x, double y)
 {
     double seen = rate * factor.bilinear(x, y);
-    return seen >= kRainThreshold ? seen : 0.0;
+    return seen < kRainThreshold ? 0.0 : std::min(seen, kHeaviestRain);
 }
 
 Observed observe_at(const Weather &w, const Moment &m, double x, double y)
@@ -142,7 +143,8 @@ KmField station_reach(const std::vector<SampleStation> &stations)
     int r = (int)kStationReachKm;
     for (const SampleStation &s : stations) {
         if (s.listing != Listing::kept || station_is_silent(s.stn_id)) continue;
-        int c0 = (int)std::lround(s.x), r0 = (int)std::lround(s.y);
+        int c0 = (int)std::lround(std::clamp(s.x, 0.0f, (float)reach.cols));
+        int r0 = (int)std::lround(std::clamp(s.y, 0.0f, (float)reach.rows));
         for (int row = std::max(0, r0 - r); row <= std::min(reach.rows - 1, r0 + r); row++)
             for (int col = std::max(0, c0 - r); col <= std::min(reach.cols - 1, c0 + r); col++)
                 if (std::hypot(col - s.x, row - s.y) <= kStationReachKm) reach.at(col, row) = 1;
