@@ -283,11 +283,17 @@ bool print_table(const Options &o, const std::vector<Request> &requests)
 
 int main(int argc, char **argv)
 {
+    // The data time, YYYYMMDDHHMI, for the script that writes the sample tree.
+    if (argc == 2 && std::strcmp(argv[1], "--data-time") == 0) {
+        std::printf("%s\n", std::strchr(bench::kDataTime, '=') + 1);
+        return 0;
+    }
     Options o;
     if (!parse_options(argc, argv, o)) {
         std::fprintf(stderr,
                      "usage: rdr_bench --build NAME=PROGRAM [--build NAME=PROGRAM]... [--reference PROGRAM]\n"
-                     "                 --inflate TOOL --blank TOOL [--repeat N]\n");
+                     "                 --inflate TOOL --blank TOOL [--repeat N]\n"
+                     "       rdr_bench --data-time\n");
         return 2;
     }
     std::string grid = grid_file_of_data_time();
