@@ -150,7 +150,8 @@ TEST_F(StraightforwardIdentity, BenchmarkRequestsAndTheirNeighbours)
     for (const char *q : {"obs=AREA&size=500&gis=T", "obs=RNSN1&size=450&zoom_level=1&zoom_x=3&zoom_y=6",
                           "obs=RNSN2&size=700&gis=T&zoom_level=2&zoom_rate=3&zoom_x=24&zoom_y=42",
                           "obs=HSR&size=640&rnexdisp=2&gis=T&griddisp=1", "obs=RN15X&size=300&rnexdisp=0",
-                          "obs=TW&size=900&griddisp=1&aws=4&zoom_level=4&zoom_x=4444&zoom_y=5555"})
+                          "obs=TW&size=900&griddisp=1&aws=4&zoom_level=4&zoom_x=4444&zoom_y=5555",
+                          "obs=RN15X&size=500&griddisp=1&zoom_level=1&zoom_x=8&zoom_y=8"})
         expect_same(q, 4, "neighbour");
 }
 

@@ -12,8 +12,6 @@
 namespace {
 
 constexpr int TEXT_CAP = 120;
-constexpr int LEGEND_WIDTH = 35;
-constexpr int TITLE_HEIGHT = 20;
 // A size the canvas cannot take is drawn as if this had been asked.
 constexpr int FALLBACK_SIZE = 600;
 

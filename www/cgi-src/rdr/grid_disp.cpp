@@ -27,6 +27,15 @@ const GridReference kReferences[] = {{1, 560, 840}, {2, 800, 1000}, {3, 440, 770
 
 enum class Kind { Class, Rain, Plain };
 
+// How the request samples the grid: its kind and mode, the grid's size, and the view in cells.
+struct Sampling {
+    Kind kind;
+    bool bilinear;
+    int nx, ny;
+    float rate;  // cells per pixel at magnification 1
+    ZoomView view;
+};
+
 // What a pixel needs to know of the request and the palette.
 struct Layer {
     Kind kind;
@@ -171,7 +180,50 @@ bool grid_view(float *rate, ZoomView *view)
     return true;
 }
 
+// The request's sampling; false when the grid cannot be placed (no cell size or no map width).
+bool sampling_of_request(Sampling *s)
+{
+    if (!grid_view(&s->rate, &s->view)) return false;
+    s->kind = kind_of_request();
+    s->bilinear = var.griddisp != 0 && s->kind != Kind::Class;
+    s->nx = rdr_cmp_head.nx;
+    s->ny = rdr_cmp_head.ny;
+    return true;
+}
+
+// Every row of the map area that shows the grid, bottom to top: `visit(j, y, near_row, low_row)`
+// for image row GJ - j, grid position y, the nearest grid row and the lower row of the bilinear
+// pair (-1 outside). Drawing and the reader's row plan both go through here.
+template <typename Visit>
+void for_each_grid_row(const Sampling &s, Visit visit)
+{
+    for (int j = 1; j < var.NJ; j++) {
+        float y = j * s.rate / s.view.zm + s.view.oy;
+        int near_row = cell_index(y + NEAREST_SHIFT, s.ny);
+        int low_row = cell_index(y, s.ny - 1);
+        // Classes come from the nearest row, so the rain products need it in bilinear mode too.
+        if ((s.kind != Kind::Plain || !s.bilinear) && near_row < 0) continue;
+        if (s.bilinear && low_row < 0) continue;
+        visit(j, y, near_row, low_row);
+    }
+}
+
 }  // namespace
+
+int grid_rows_sampled(char class_rows[], char value_rows[])
+{
+    Sampling s;
+    if (!sampling_of_request(&s) || s.nx <= 0 || s.ny <= 0) return -1;
+    for_each_grid_row(s, [&](int, float, int near_row, int low_row) {
+        if (s.kind != Kind::Plain) class_rows[near_row] = 1;
+        if (s.kind == Kind::Class) return;
+        if (s.bilinear)
+            value_rows[low_row] = value_rows[low_row + 1] = 1;
+        else
+            value_rows[near_row] = 1;
+    });
+    return 0;
+}
 
 int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
@@ -179,15 +231,11 @@ int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
         gdImageString(im, gdFontGetLarge(), 100, 100, (unsigned char *)"No Color Level", color_lvl[244]);
         return -1;
     }
-    float rate;
-    ZoomView v;
-    if (!grid_view(&rate, &v)) return -1;
+    Sampling s;
+    if (!sampling_of_request(&s)) return -1;
 
-    Layer L = {kind_of_request(), var.griddisp != 0, color_lvl, data_lvl, -1, rdr_cmp_head.nx, rdr_cmp_head.ny, {}};
-    if (L.kind == Kind::Class) {
-        L.bilinear = false;
-        fill_class_colours(L.class_colours);
-    }
+    Layer L = {s.kind, s.bilinear, color_lvl, data_lvl, -1, s.nx, s.ny, {}};
+    if (L.kind == Kind::Class) fill_class_colours(L.class_colours);
     if (L.kind == Kind::Rain) L.marking = marking_colour(color_lvl);
     bool needs_pty = L.kind != Kind::Plain;
     bool needs_data = L.kind != Kind::Class;
@@ -195,15 +243,9 @@ int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
 
     std::vector<Column> columns;
     if (!STRAIGHTFORWARD)
-        for (int i = 0; i < var.NI; i++) columns.push_back(column_at(L, rate, v, i));
-    for (int j = 1; j < var.NJ; j++) {
-        float y = j * rate / v.zm + v.oy;
-        int near_row = cell_index(y + NEAREST_SHIFT, L.ny);
-        int low_row = cell_index(y, L.ny - 1);
-        // Classes come from the nearest row, so the rain products need it in bilinear mode too.
-        if ((L.kind != Kind::Plain || !L.bilinear) && near_row < 0) continue;
-        if (L.bilinear && low_row < 0) continue;
-        draw_row(im, L, columns, rate, v, j, y, near_row, low_row);
-    }
+        for (int i = 0; i < var.NI; i++) columns.push_back(column_at(L, s.rate, s.view, i));
+    for_each_grid_row(s, [&](int j, float y, int near_row, int low_row) {
+        draw_row(im, L, columns, s.rate, s.view, j, y, near_row, low_row);
+    });
     return 0;
 }

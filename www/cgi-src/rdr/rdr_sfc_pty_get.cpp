@@ -2,13 +2,15 @@
 // nx x ny cells (codes, areas, then wet-bulb temperature, radar rain and station rain as int16).
 // rdr_sfc_pty_get loads the one block the product needs into `pty` (classes) or `data`
 // (values); it returns 0, or -1 when the file cannot be opened or its header is implausible.
-// rdr_sfc_pty_get_all loads every grid the product needs (0, or error code 2): for "HSR" and
-// "RN15X" the classes and the values come from one pass over the file, which the straightforward
-// build reads twice.
+// rdr_sfc_pty_get_all loads every grid the picture needs (0, or error code 2): on the fast road
+// in one pass over the file, also for "HSR" and "RN15X" with their classes and values (the
+// straightforward build reads the file twice), and only the rows the picture samples.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "canvas.h"
 #include "cgiutil.h"
 #include "grid_stream.h"
 #include "nrutil.h"
@@ -83,29 +85,70 @@ GridStreamPtr open_grid(int *nx, int *ny)
     return s;
 }
 
-// Hands the block's rows at the stream's position to `take(j, bytes, arrived)`, several rows per
-// read on the fast road. Bytes the stream did not give are zero; `arrived` counts those it did.
+// The rows of each grid the picture will read; empty: every row.
+struct RowPlan {
+    std::vector<char> classes;
+    std::vector<char> values;
+};
+
+// On the fast road the grids hold only the rows the grid layer samples, so a zoomed or small
+// picture never touches the rest of a 2305 x 2881 grid (its cells would cost more than inflating
+// them). Every other row is one shared missing row: class 0, value -999.0, as cells the stream
+// did not give. The straightforward road, and a request without a canvas, read every row.
+RowPlan plan_rows(int ny)
+{
+    RowPlan plan;
+    if (STRAIGHTFORWARD || ny <= 0 || !canvas_size_of_request()) return plan;
+    plan.classes.assign((std::size_t)ny, 0);
+    plan.values.assign((std::size_t)ny, 0);
+    if (grid_rows_sampled(plan.classes.data(), plan.values.data()) < 0) return RowPlan();
+    return plan;
+}
+
+// A grid of ny rows of nx cells in which only the planned rows have cells of their own, left
+// for the reader to fill; never released, like every grid.
+template <typename T>
+T **planned_grid(int nx, int ny, const std::vector<char> &rows, T missing)
+{
+    std::size_t planned = (std::size_t)std::count(rows.begin(), rows.end(), 1);
+    T **grid = static_cast<T **>(std::malloc((std::size_t)ny * sizeof(T *)));
+    T *cells = static_cast<T *>(std::malloc((planned + 1) * (std::size_t)nx * sizeof(T)));
+    if (!grid || !cells) nrerror("allocation failure of a grid");
+    T *missing_row = cells + planned * (std::size_t)nx;
+    std::fill(missing_row, missing_row + nx, missing);
+    for (int j = 0; j < ny; j++) {
+        grid[j] = rows[(std::size_t)j] ? cells : missing_row;
+        if (rows[(std::size_t)j]) cells += nx;
+    }
+    return grid;
+}
+
+// Hands the planned rows of the block at the stream's position to `take(j, bytes, arrived)`,
+// several rows per read on the fast road; the block is inflated whole all the same. Bytes the
+// stream did not give are zero; `arrived` counts those it did.
 template <typename Take>
-void read_rows(GridStream *s, int ny, long row_bytes, Take take)
+void read_rows(GridStream *s, int ny, long row_bytes, const std::vector<char> &rows, Take take)
 {
     long rows_per_read = STRAIGHTFORWARD || row_bytes <= 0 ? 1 : std::max(1L, CHUNK_BYTES / row_bytes);
     std::vector<unsigned char> buf((std::size_t)(rows_per_read * std::max(row_bytes, 1L)));
     for (int j = 0; j < ny; j += (int)rows_per_read) {
-        long rows = std::min<long>(rows_per_read, ny - j);
-        long got = grid_stream_read(s, buf.data(), rows * row_bytes);
-        std::memset(buf.data() + got, 0, (std::size_t)(rows * row_bytes - got));
-        for (long r = 0; r < rows; r++)
+        long count = std::min<long>(rows_per_read, ny - j);
+        long got = grid_stream_read(s, buf.data(), count * row_bytes);
+        std::memset(buf.data() + got, 0, (std::size_t)(count * row_bytes - got));
+        for (long r = 0; r < count; r++) {
+            if (!rows.empty() && !rows[(std::size_t)(j + r)]) continue;
             take(j + (int)r, buf.data() + r * row_bytes, std::clamp(got - r * row_bytes, 0L, row_bytes));
+        }
     }
 }
 
 // Cells the stream did not fill stay class 0, which every rule maps from a zero byte.
-void read_classes(GridStream *s, ClassRule rule, int nx, int ny)
+void read_classes(GridStream *s, ClassRule rule, int nx, int ny, const std::vector<char> &rows)
 {
-    pty = cmatrix(0, ny - 1, 0, nx - 1);
+    pty = rows.empty() ? cmatrix(0, ny - 1, 0, nx - 1) : planned_grid<unsigned char>(nx, ny, rows, 0);
     unsigned char classes[256];
     for (int b = 0; b < 256; b++) classes[b] = class_of(rule, (unsigned char)b);
-    read_rows(s, ny, nx, [&](int j, const unsigned char *row, long) {
+    read_rows(s, ny, nx, rows, [&](int j, const unsigned char *row, long) {
         // A local row pointer: stores through pty[j] could otherwise alias pty itself.
         unsigned char *out = pty[j];
         for (int i = 0; i < nx; i++) out[i] = classes[row[i]];
@@ -113,11 +156,11 @@ void read_classes(GridStream *s, ClassRule rule, int nx, int ny)
 }
 
 // Cells the stream did not fill are missing.
-void read_values(GridStream *s, int nx, int ny)
+void read_values(GridStream *s, int nx, int ny, const std::vector<char> &rows)
 {
-    data = matrix(0, ny - 1, 0, nx - 1);
+    data = rows.empty() ? matrix(0, ny - 1, 0, nx - 1) : planned_grid<float>(nx, ny, rows, MISSING_VALUE);
     bool celsius = obs_is("TW");
-    read_rows(s, ny, 2L * nx, [&](int j, const unsigned char *row, long arrived) {
+    read_rows(s, ny, 2L * nx, rows, [&](int j, const unsigned char *row, long arrived) {
         float *out = data[j];
         int cells = (int)(arrived / 2);
         // Two loops rather than a test per cell; the products are formed in double precision.
@@ -129,17 +172,27 @@ void read_values(GridStream *s, int nx, int ny)
     });
 }
 
-// "HSR" and "RN15X" in one pass: the "RNSN" classes from the code block, then the values.
-int read_rain_product()
+// One pass over the file for the request's grids: the product's grid and, with `rain_classes`,
+// before it the "RNSN" classes of the code block. `planned` reads only the rows the picture
+// samples (on the fast road). 0, or -1 when the file cannot be opened or its header is implausible.
+int read_grids(bool rain_classes, bool planned)
 {
     grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY);
     int nx = 0, ny = 0;
     GridStreamPtr s = open_grid(&nx, &ny);
     if (!s) return -1;
     long N = (long)nx * ny;
-    read_classes(s.get(), ClassRule::RNSN, nx, ny);
-    grid_stream_skip(s.get(), block_offset(N) - N);
-    read_values(s.get(), nx, ny);
+    RowPlan plan = planned ? plan_rows(ny) : RowPlan();
+    if (rain_classes) {
+        read_classes(s.get(), ClassRule::RNSN, nx, ny, plan.classes);
+        grid_stream_skip(s.get(), block_offset(N) - N);
+    } else {
+        grid_stream_skip(s.get(), block_offset(N));
+    }
+    if (obs_is_class_product())
+        read_classes(s.get(), class_rule(), nx, ny, plan.classes);
+    else
+        read_values(s.get(), nx, ny, plan.values);
     return 0;
 }
 
@@ -152,25 +205,13 @@ bool obs_is_class_product()
     return obs_is("RNEX") || std::strstr(var.obs, "RNSN") != nullptr || obs_is("AREA");
 }
 
-int rdr_sfc_pty_get()
-{
-    grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY);
-    int nx = 0, ny = 0;
-    GridStreamPtr s = open_grid(&nx, &ny);
-    if (!s) return -1;
-    grid_stream_skip(s.get(), block_offset((long)nx * ny));
-    if (obs_is_class_product())
-        read_classes(s.get(), class_rule(), nx, ny);
-    else
-        read_values(s.get(), nx, ny);
-    return 0;
-}
+int rdr_sfc_pty_get() { return read_grids(false, false); }
 
 int rdr_sfc_pty_get_all()
 {
     // The rain products also need the rain/snow classes of the same file to mark light rain.
     bool rain = obs_is("HSR") || obs_is("RN15X");
-    if (rain && !STRAIGHTFORWARD) return read_rain_product() < 0 ? 2 : 0;
+    if (!STRAIGHTFORWARD) return read_grids(rain, true) < 0 ? 2 : 0;
 
     int err = 0;
     if (rdr_sfc_pty_get() < 0) err = 2;
