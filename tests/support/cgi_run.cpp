@@ -43,7 +43,7 @@ void drain(int fd, std::string &into, bool &open)
 
 }  // namespace
 
-Answer run(const char *query, int timeout_ms, const char *tz)
+Answer run(const char *query, int timeout_ms, const char *tz, const char *program)
 {
     Answer a;
     int out_pipe[2], err_pipe[2];
@@ -68,8 +68,8 @@ Answer run(const char *query, int timeout_ms, const char *tz)
             }
         }
         env.push_back(nullptr);
-        char *argv[] = {const_cast<char *>(RDR_PROGRAM), nullptr};
-        execve(RDR_PROGRAM, argv, env.data());
+        char *argv[] = {const_cast<char *>(program), nullptr};
+        execve(program, argv, env.data());
         _exit(127);
     }
     close(out_pipe[1]);

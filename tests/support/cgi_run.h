@@ -22,9 +22,9 @@ struct Answer {
     bool framed = false;      // status line, content type and empty line as the protocol wants
 };
 
-// Runs the program with QUERY_STRING set to `query` (unset when `query` is null), TZ "UTC0"
-// unless `tz` says otherwise, and a time limit.
-Answer run(const char *query, int timeout_ms = 30000, const char *tz = "UTC0");
+// Runs the program (or another build of it) with QUERY_STRING set to `query` (unset when `query`
+// is null), TZ "UTC0" unless `tz` says otherwise, and a time limit.
+Answer run(const char *query, int timeout_ms = 30000, const char *tz = "UTC0", const char *program = RDR_PROGRAM);
 
 // A decoded PNG.
 class Picture {

@@ -148,6 +148,24 @@ TEST_F(Aws3Io, FailuresAndTheirMessages)
                        data_path(9) + ",-1838712)\n");
 }
 
+// Reads in slot order come from the 64 KiB fetched with the first; a read that goes back fetches
+// afresh and sees what was written to the file in between.
+TEST_F(Aws3Io, APassReadsAheadAndAReadBackFetchesAfresh)
+{
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, {slot(0, 5, 1), slot(0, 6, 1), slot(0, 900, 1)}));
+    auto rewrite_rain = [](int stn, int16_t rain) {
+        int fd = open(data_path(9).c_str(), O_WRONLY);
+        ASSERT_EQ(pwrite(fd, &rain, 2, (off_t)(stn * 184 + 8 + 7 * 2)), 2);
+        close(fd);
+    };
+    EXPECT_EQ(rain_at(9, 0, 5), 1);
+    rewrite_rain(6, 2);
+    rewrite_rain(900, 3);
+    EXPECT_EQ(rain_at(9, 0, 6), 1);    // ahead, inside the window
+    EXPECT_EQ(rain_at(9, 0, 900), 3);  // ahead, beyond it (165600 bytes on)
+    EXPECT_EQ(rain_at(9, 0, 6), 2);    // back
+}
+
 TEST_F(Aws3Io, WritesIntoAnExistingFile)
 {
     ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, {slot(1, 20, 0)}));

@@ -120,6 +120,36 @@ TEST_F(GridReader, RainProductsAlsoGetTheRainSnowClasses)
     EXPECT_EQ(pty, nullptr);
 }
 
+// For a picture the program reads only the grid rows it samples (the straightforward build reads
+// them all): a 10 x 40 km map of 1 km cells drawn 5 pixels wide samples rows 2, 4, .., 38 (row
+// counter j at 2j cells); the others read as missing.
+TEST_F(GridReader, APictureReadsTheRowsItSamples)
+{
+    fixture::write_simple_catalogue(10, 40, 5, 20);
+    fixture::Grid g = fixture::make_grid(10, 40);
+    for (std::size_t k = 0; k < g.code.size(); k++) {
+        g.code[k] = 0x22;
+        g.tw[k] = fixture::tw_raw(7.0);
+    }
+    ASSERT_TRUE(fixture::write_grid(g, 2024, 1, 15, 12, 35));
+    var.size = 5;
+    for (const char *obs : {"RNSN", "TW"}) {
+        copy_text(var.obs, sizeof var.obs, obs);
+        EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+        for (int j = 0; j < 40; j++) {
+            bool sampled = STRAIGHTFORWARD || (j % 2 == 0 && j > 0);
+            if (obs_is("RNSN"))
+                EXPECT_EQ(pty[j][9], sampled ? 2 : 0) << "row " << j;
+            else
+                EXPECT_FLOAT_EQ(data[j][9], sampled ? 7.0f : -999.0f) << "row " << j;
+        }
+    }
+    // Without a canvas there is nothing to sample from: every row is read.
+    var.size = 0;
+    EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+    EXPECT_FLOAT_EQ(data[1][0], 7.0f);
+}
+
 TEST_F(GridReader, MissingFileAndImplausibleHeaders)
 {
     copy_text(var.obs, sizeof var.obs, "RNSN");

@@ -1,75 +1,119 @@
-// Writes a small sample tree under the build's root: a map catalogue, colour files and one hour
-// of grid files every 5 minutes with a rain band moving east. Usage: rdr_sample_data YYYYMMDDHH
-#include <cmath>
+// Writes the sample data tree under the build's root (RDR_ROOT): the map catalogue (HR, SR, CR,
+// JJ), colour files, outlines from the real coastlines and borders, synthetic terrain, the Korean
+// font, about 700 stations with their minute data and QC files, and the grid files of the 13
+// five-minute times 2024-07-15 09:00 .. 10:00. Needs gmt and its GSHHG data (gmt-gshhg-low).
+//
+//   rdr_sample_data                      the whole tree
+//   rdr_sample_data --time 202407150930  the same, but only that time's grid and the station
+//                                        minutes it reads (one of the 13 times)
+//
+// Exit status 0 when every file was written, 1 when something could not be made, 2 on usage.
+#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "rdr_paths.h"
-#include "rdr_writers.h"
+#include "sample_maps.h"
+#include "sample_minutes.h"
+#include "sample_terrain.h"
+#include "sample_weather.h"
+#include "seq_time.h"
 
 namespace {
 
-constexpr int NX = 1153, NY = 1441;
+constexpr int kTimes = 13, kStepMinutes = 5;
+// The station values of a picture come from 9 minutes before to 5 minutes after it.
+constexpr int kMinutesBefore = 9, kMinutesAfter = 5;
 
-fixture::Grid field_at(int minute)
-{
-    fixture::Grid g = fixture::make_grid(NX, NY, 1000, 1);
-    double shift = minute * 2.0;
-    for (int j = 0; j < NY; j++) {
-        for (int i = 0; i < NX; i++) {
-            std::size_t k = g.at(i, j);
-            double band = std::exp(-std::pow((i - 0.6 * j - 150.0 - shift) / 60.0, 2));
-            double rain = 30.0 * band * (0.6 + 0.4 * std::sin(i / 23.0) * std::cos(j / 31.0));
-            double tw = 12.0 - j * 0.015 + 2.0 * std::sin(i / 90.0);
-            int radar = rain > 0.5 ? (tw < 0.0 ? 4 : tw < 1.5 ? 3 : 2) : 1;
-            int station = (i + j) % 7 == 0 ? radar : (rain > 1.0 ? radar : 1);
-            g.code[k] = (uint8_t)(station | (radar << 4));
-            g.area[k] = (uint8_t)(tw < 0.0 ? 4 : tw < 1.5 ? 3 : 2);
-            g.tw[k] = fixture::tw_raw(tw);
-            g.hsr[k] = fixture::rain_raw(rain);
-            g.rn15x[k] = fixture::rain_raw(rain * 0.8);
-        }
+class Stopwatch {
+public:
+    void lap(const char *what)
+    {
+        auto now = std::chrono::steady_clock::now();
+        std::printf("  %-34s %6.1f s\n", what, std::chrono::duration<double>(now - last_).count());
+        std::fflush(stdout);
+        last_ = now;
     }
-    return g;
+
+private:
+    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+};
+
+// Minutes after 09:00 of the requested time, or -1 when it is not one of the sample's times.
+int minute_of_time_text(const char *text)
+{
+    int YY, MM, DD, HH, MI;
+    if (std::strlen(text) != 12 || std::sscanf(text, "%4d%2d%2d%2d%2d", &YY, &MM, &DD, &HH, &MI) != 5) return -1;
+    int minute = time2seq(YY, MM, DD, HH, MI, 'm') - sample::sample_start_seq();
+    return minute >= 0 && minute < kTimes * kStepMinutes && minute % kStepMinutes == 0 ? minute : -1;
 }
 
-bool write_color_files()
+// Writes the grid files of the given minutes, two at a time.
+bool write_grids(const sample::Weather &weather, const std::vector<int> &minutes)
 {
-    std::string rain, temp;
-    const int rgb[][3] = {{250, 250, 250}, {140, 200, 250}, {60, 140, 240}, {40, 200, 80},
-                          {250, 220, 60},  {250, 140, 40},  {220, 40, 40},  {150, 20, 150}};
-    const double rain_bounds[] = {0.1, 0.5, 1, 2, 5, 10, 20, 100};
-    for (int k = 0; k < 8; k++) {
-        char line[64];
-        std::snprintf(line, sizeof line, "%d %d %d %.1f\n", rgb[k][0], rgb[k][1], rgb[k][2], rain_bounds[k]);
-        rain += line;
-        std::snprintf(line, sizeof line, "%d %d %d %.1f\n", rgb[7 - k][2], rgb[k][1], rgb[k][0], -20.0 + 3.0 * k);
-        temp += line;
-    }
-    return fixture::write_bytes(fixture::path_of(color_file_path, "color_rn_echo.rgb"), rain) &&
-           fixture::write_bytes(fixture::path_of(color_file_path, "color_ta_e30.rgb"), temp);
+    std::vector<char> ok(minutes.size(), 0);
+    auto work = [&](std::size_t first) {
+        for (std::size_t k = first; k < minutes.size(); k += 2) {
+            int t[5];
+            seq2time(sample::sample_start_seq() + minutes[k], &t[0], &t[1], &t[2], &t[3], &t[4], 'm', 'n');
+            ok[k] = fixture::write_grid(sample::grid_at(weather, minutes[k]), t[0], t[1], t[2], t[3], t[4], 6);
+        }
+    };
+    std::thread second(work, 1);
+    work(0);
+    second.join();
+    for (char done : ok)
+        if (!done) return false;
+    return true;
+}
+
+int fail(const std::string &why)
+{
+    std::fprintf(stderr, "rdr_sample_data: %s\n", why.c_str());
+    return 1;
 }
 
 }  // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc != 2 || std::strlen(argv[1]) != 10) {
-        std::fprintf(stderr, "usage: rdr_sample_data YYYYMMDDHH\n");
+    std::vector<int> minutes;
+    if (argc == 3 && std::strcmp(argv[1], "--time") == 0 && minute_of_time_text(argv[2]) >= 0) {
+        minutes.push_back(minute_of_time_text(argv[2]));
+    } else if (argc == 1) {
+        for (int k = 0; k < kTimes; k++) minutes.push_back(k * kStepMinutes);
+    } else {
+        std::fprintf(stderr, "usage: rdr_sample_data [--time YYYYMMDDHHMI]  (a time from 202407150900 to "
+                             "202407151000, every 5 minutes)\n");
         return 2;
     }
-    int YY, MM, DD, HH;
-    if (std::sscanf(argv[1], "%4d%2d%2d%2d", &YY, &MM, &DD, &HH) != 4) return 2;
+    std::printf("writing the sample tree under %s\n", rdr_root());
+    Stopwatch watch;
+    std::string error;
+    sample::Geography geo;
+    if (!sample::load_geography(&geo, &error)) return fail(error);
+    watch.lap("coastlines and land (gmt)");
 
-    bool ok = fixture::write_map_catalogue({"# code:nx:ny:sx:sy", "HR:1152:1440:560:840",
-                                             "SR:600:600:300:400"}) &&
-              write_color_files();
-    for (int MI = 0; ok && MI < 60; MI += 5) ok = fixture::write_grid(field_at(MI), YY, MM, DD, HH, MI, 6);
-    if (!ok) {
-        std::fprintf(stderr, "rdr_sample_data: cannot write under %s\n", rdr_root());
-        return 1;
-    }
-    std::printf("sample tree written under %s\n", rdr_root());
+    sample::KmField terrain = sample::make_terrain(geo);
+    if (!sample::write_sample_terrain(terrain)) return fail("cannot write the terrain file");
+    if (!sample::write_sample_catalogue() || !sample::write_sample_colours() || !sample::write_sample_outlines(geo))
+        return fail("cannot write the map catalogue, colour or outline files");
+    if (!sample::install_sample_font(&error)) return fail(error);
+    watch.lap("terrain, maps, colours, outlines");
+
+    std::vector<sample::SampleStation> stations = sample::place_stations(geo, terrain);
+    if (!sample::write_station_catalogues(stations)) return fail("cannot write the station catalogues");
+    sample::Weather weather = sample::make_weather(geo, terrain, stations);
+    if (!sample::write_station_minutes(weather, stations, minutes.front() - kMinutesBefore,
+                                       minutes.back() + kMinutesAfter))
+        return fail("cannot write the station minute files");
+    watch.lap("stations and their minutes");
+
+    if (!write_grids(weather, minutes)) return fail("cannot write the grid files");
+    watch.lap("grid files");
+    std::printf("%zu stations listed, %zu grid files written\n", stations.size(), minutes.size());
     return 0;
 }

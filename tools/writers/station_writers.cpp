@@ -97,13 +97,32 @@ bool write_position_list(const std::vector<PositionRow> &rows)
     return write_position_list_text(lines_of(rows, position_line));
 }
 
-void lonlat_of_km(float x, float y, int sx, int sy, double *lon, double *lat)
+KmProjection::KmProjection(int sx, int sy)
+    : map_{6371.0088f, 1.0f, 30.0f, 60.0f, 126.0f, 38.0f, (float)sx, (float)sy, 0}
 {
-    lamc_parameter map = {6371.0088f, 1.0f, 30.0f, 60.0f, 126.0f, 38.0f, (float)sx, (float)sy, 0};
+    float lon = 126.0f, lat = 38.0f, x = 0, y = 0;
+    lamcproj_ellp(&lon, &lat, &x, &y, 0, &map_);
+}
+
+// The projection keeps one cache of constants for the process; every record of this class
+// holds the same constants, so a record with `first` set may rely on whichever filled it.
+void KmProjection::lonlat_of_km(float x, float y, double *lon, double *lat)
+{
     float lon_f = 0, lat_f = 0;
-    lamcproj_ellp(&lon_f, &lat_f, &x, &y, 1, &map);
+    lamcproj_ellp(&lon_f, &lat_f, &x, &y, 1, &map_);
     *lon = lon_f;
     *lat = lat_f;
+}
+
+void KmProjection::km_of_lonlat(double lon, double lat, float *x, float *y)
+{
+    float lon_f = (float)lon, lat_f = (float)lat;
+    lamcproj_ellp(&lon_f, &lat_f, x, y, 0, &map_);
+}
+
+void lonlat_of_km(float x, float y, int sx, int sy, double *lon, double *lat)
+{
+    KmProjection(sx, sy).lonlat_of_km(x, y, lon, lat);
 }
 
 bool write_station_catalogues(const std::vector<Station> &stations, int sx, int sy)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "aws3_io.h"
+#include "map_ini.h"
 
 namespace fixture {
 
@@ -75,6 +76,18 @@ struct Station {
     float y = 0;
 };
 bool write_station_catalogues(const std::vector<Station> &stations, int sx, int sy);
+
+// The system's projection (the station catalogue's record) with its origin at (sx, sy) km of a
+// map. The derived constants are computed once, at construction, for every later conversion.
+class KmProjection {
+public:
+    KmProjection(int sx, int sy);
+    void lonlat_of_km(float x, float y, double *lon, double *lat);
+    void km_of_lonlat(double lon, double lat, float *x, float *y);
+
+private:
+    lamc_parameter map_;
+};
 
 // The longitude and latitude of the map point (x, y) km, origin at (sx, sy) km.
 void lonlat_of_km(float x, float y, int sx, int sy, double *lon, double *lat);

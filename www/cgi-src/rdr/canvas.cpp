@@ -1,8 +1,24 @@
-// Creating the one palette image of a request and sending it as PNG.
+// The canvas of a request: its size, the one palette image, and sending it as PNG.
 #include "canvas.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+
+#include "rdr_sfc_pty_img.h"
+
+bool canvas_size_of_request()
+{
+    var.NI = var.size;
+    float nj = (float)var.NY / (float)var.NX * (float)var.NI;
+    long long width = (long long)var.NI + (var.legend == 1 ? LEGEND_WIDTH : 0);
+    if (!(nj >= 0.0f && nj < (float)CANVAS_MAX) || !canvas_fits(width, (long long)nj + TITLE_HEIGHT))
+        return false;
+    var.NJ = (int)nj;
+    var.GI = (int)width;
+    var.GJ = var.NJ + TITLE_HEIGHT;
+    return true;
+}
 
 gdImagePtr canvas_create(int width, int height)
 {
@@ -14,11 +30,31 @@ gdImagePtr canvas_create(int width, int height)
     return im;
 }
 
+namespace {
+
+// zlib's compression level for the PNG. Measured on the benchmark's pictures, level 3 takes 40 to
+// 60 % less time than the default 6 for files 25 to 85 % larger (at 1235 x 1520: 5.0 ms and
+// 22 KB against 9.1 ms and 12 KB); levels 1 and 2 are hardly faster and larger again, and 9
+// takes up to seven times as long. The straightforward build keeps the library's default.
+constexpr int PNG_LEVEL = STRAIGHTFORWARD ? -1 : 3;
+
+}  // namespace
+
+void canvas_fill(gdImagePtr im, int colour)
+{
+    // The library draws such a rectangle pixel by pixel; negative colours are its special ones.
+    if (STRAIGHTFORWARD || colour < 0) {
+        gdImageFilledRectangle(im, 0, 0, gdImageSX(im), gdImageSY(im), colour);
+        return;
+    }
+    for (int y = 0; y < gdImageSY(im); y++) std::memset(canvas_row(im, y), colour, (std::size_t)gdImageSX(im));
+}
+
 void canvas_send(gdImagePtr im)
 {
     std::fputs("Content-type: image/png\n\n", stdout);
     int size = 0;
-    void *png = gdImagePngPtrEx(im, &size, -1);
+    void *png = gdImagePngPtrEx(im, &size, PNG_LEVEL);
     if (png) {
         std::fwrite(png, 1, (std::size_t)size, stdout);
         gdFree(png);

@@ -12,8 +12,6 @@
 namespace {
 
 constexpr int TEXT_CAP = 120;
-constexpr int LEGEND_WIDTH = 35;
-constexpr int TITLE_HEIGHT = 20;
 // A size the canvas cannot take is drawn as if this had been asked.
 constexpr int FALLBACK_SIZE = 600;
 
@@ -47,7 +45,7 @@ int err_img(int err)
     gdImagePtr im = canvas_create(var.GI, var.GJ);
     int background = gdImageColorAllocate(im, 240, 240, 240);
     int black = gdImageColorAllocate(im, 0, 0, 0);
-    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, background);
+    canvas_fill(im, background);
 
     int YY, MM, DD, HH, MI;
     seq2time(var.seq, &YY, &MM, &DD, &HH, &MI, 'm', 'n');

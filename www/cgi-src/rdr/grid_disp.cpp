@@ -4,6 +4,9 @@
 // Level" is written then) or the grid header gives no cell size to place the grid by.
 #include <gdfontl.h>
 
+#include <vector>
+
+#include "canvas.h"
 #include "rdr_sfc_pty_img.h"
 #include "zoom.h"
 
@@ -23,6 +26,15 @@ struct GridReference {
 const GridReference kReferences[] = {{1, 560, 840}, {2, 800, 1000}, {3, 440, 770}};
 
 enum class Kind { Class, Rain, Plain };
+
+// How the request samples the grid: its kind and mode, the grid's size, and the view in cells.
+struct Sampling {
+    Kind kind;
+    bool bilinear;
+    int nx, ny;
+    float rate;  // cells per pixel at magnification 1
+    ZoomView view;
+};
 
 // What a pixel needs to know of the request and the palette.
 struct Layer {
@@ -88,28 +100,66 @@ bool bilinear_value(float x, float y, int ix, int iy, float *value)
     return true;
 }
 
+// Where a column samples the grid: `near` the nearest cell (-1 outside), `low` the left cell of
+// the bilinear pair (-1 outside). Columns depend on i alone, so the fast road works them out once.
+struct Column {
+    float x;
+    int near;
+    int low;
+};
+
+Column column_at(const Layer &L, float rate, const ZoomView &v, int i)
+{
+    float x = i * rate / v.zm + v.ox;
+    return {x, cell_index(x + NEAREST_SHIFT, L.nx), cell_index(x, L.nx - 1)};
+}
+
 // The palette entry of one pixel, or -1 to leave it as it is. `near_row` is the nearest grid row
 // (-1 outside), `low_row` the lower row of the bilinear pair (-1 outside).
-int pixel_colour(const Layer &L, float x, float y, int near_row, int low_row)
+int pixel_colour(const Layer &L, const Column &c, float y, int near_row, int low_row)
 {
-    if (L.kind == Kind::Class) {
-        int col = cell_index(x + NEAREST_SHIFT, L.nx);
-        return col < 0 ? -1 : L.class_colours[pty[near_row][col]];
-    }
+    if (L.kind == Kind::Class) return c.near < 0 ? -1 : L.class_colours[pty[near_row][c.near]];
     float value;
-    int col;
+    int col = L.bilinear ? c.low : c.near;
+    if (col < 0) return -1;
     if (L.bilinear) {
-        col = cell_index(x, L.nx - 1);
-        if (col < 0 || !bilinear_value(x, y, col, low_row, &value)) return -1;
+        if (!bilinear_value(c.x, y, col, low_row, &value)) return -1;
     } else {
-        col = cell_index(x + NEAREST_SHIFT, L.nx);
-        if (col < 0) return -1;
         value = data[near_row][col];
         if (missing(value)) return -1;
     }
     int k = threshold_class(value, L.data_lvl);
     if (L.kind == Kind::Rain && k == 0 && L.marking >= 0 && pty[near_row][col] > 1) return L.marking;
     return L.color_lvl[k];
+}
+
+// One row of the map area, image row `GJ - j`. The straightforward road samples pixel by pixel
+// through the graphics library; the fast one takes the columns from a table and writes the row.
+void draw_row(gdImagePtr im, const Layer &L, const std::vector<Column> &columns, float rate, const ZoomView &v,
+              int j, float y, int near_row, int low_row)
+{
+    if (STRAIGHTFORWARD) {
+        for (int i = 1; i < var.NI; i++) {
+            int colour = pixel_colour(L, column_at(L, rate, v, i), y, near_row, low_row);
+            if (colour >= 0) gdImageSetPixel(im, i, var.GJ - j, colour);
+        }
+        return;
+    }
+    unsigned char *line = canvas_row(im, var.GJ - j);
+    int width = var.NI;
+    if (L.kind == Kind::Class) {
+        // The class products' pixel_colour, with the row's codes at hand.
+        const unsigned char *codes = pty[near_row];
+        for (int i = 1; i < width; i++) {
+            int colour = columns[i].near < 0 ? -1 : L.class_colours[codes[columns[i].near]];
+            if (colour >= 0) line[i] = (unsigned char)colour;
+        }
+        return;
+    }
+    for (int i = 1; i < width; i++) {
+        int colour = pixel_colour(L, columns[i], y, near_row, low_row);
+        if (colour >= 0) line[i] = (unsigned char)colour;
+    }
 }
 
 // The grid's placement: cells per pixel and the view's corner and magnification, in cells.
@@ -131,7 +181,50 @@ bool grid_view(float *rate, ZoomView *view)
     return true;
 }
 
+// The request's sampling; false when the grid cannot be placed (no cell size or no map width).
+bool sampling_of_request(Sampling *s)
+{
+    if (!grid_view(&s->rate, &s->view)) return false;
+    s->kind = kind_of_request();
+    s->bilinear = var.griddisp != 0 && s->kind != Kind::Class;
+    s->nx = rdr_cmp_head.nx;
+    s->ny = rdr_cmp_head.ny;
+    return true;
+}
+
+// Every row of the map area that shows the grid, bottom to top: `visit(j, y, near_row, low_row)`
+// for image row GJ - j, grid position y, the nearest grid row and the lower row of the bilinear
+// pair (-1 outside). Drawing and the reader's row plan both go through here.
+template <typename Visit>
+void for_each_grid_row(const Sampling &s, Visit visit)
+{
+    for (int j = 1; j < var.NJ; j++) {
+        float y = j * s.rate / s.view.zm + s.view.oy;
+        int near_row = cell_index(y + NEAREST_SHIFT, s.ny);
+        int low_row = cell_index(y, s.ny - 1);
+        // Classes come from the nearest row, so the rain products need it in bilinear mode too.
+        if ((s.kind != Kind::Plain || !s.bilinear) && near_row < 0) continue;
+        if (s.bilinear && low_row < 0) continue;
+        visit(j, y, near_row, low_row);
+    }
+}
+
 }  // namespace
+
+int grid_rows_sampled(char class_rows[], char value_rows[])
+{
+    Sampling s;
+    if (!sampling_of_request(&s) || s.nx <= 0 || s.ny <= 0) return -1;
+    for_each_grid_row(s, [&](int, float, int near_row, int low_row) {
+        if (s.kind != Kind::Plain) class_rows[near_row] = 1;
+        if (s.kind == Kind::Class) return;
+        if (s.bilinear)
+            value_rows[low_row] = value_rows[low_row + 1] = 1;
+        else
+            value_rows[near_row] = 1;
+    });
+    return 0;
+}
 
 int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
@@ -139,32 +232,21 @@ int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
         gdImageString(im, gdFontGetLarge(), 100, 100, (unsigned char *)"No Color Level", color_lvl[244]);
         return -1;
     }
-    float rate;
-    ZoomView v;
-    if (!grid_view(&rate, &v)) return -1;
+    Sampling s;
+    if (!sampling_of_request(&s)) return -1;
 
-    Layer L = {kind_of_request(), var.griddisp != 0, color_lvl, data_lvl, -1, rdr_cmp_head.nx, rdr_cmp_head.ny, {}};
-    if (L.kind == Kind::Class) {
-        L.bilinear = false;
-        fill_class_colours(L.class_colours);
-    }
+    Layer L = {s.kind, s.bilinear, color_lvl, data_lvl, -1, s.nx, s.ny, {}};
+    if (L.kind == Kind::Class) fill_class_colours(L.class_colours);
     if (L.kind == Kind::Rain) L.marking = marking_colour(color_lvl);
     bool needs_pty = L.kind != Kind::Plain;
     bool needs_data = L.kind != Kind::Class;
     if (L.nx <= 0 || L.ny <= 0 || (needs_pty && !pty) || (needs_data && !data)) return 0;
 
-    for (int j = 1; j < var.NJ; j++) {
-        float y = j * rate / v.zm + v.oy;
-        int near_row = cell_index(y + NEAREST_SHIFT, L.ny);
-        int low_row = cell_index(y, L.ny - 1);
-        // Classes come from the nearest row, so the rain products need it in bilinear mode too.
-        if ((L.kind != Kind::Plain || !L.bilinear) && near_row < 0) continue;
-        if (L.bilinear && low_row < 0) continue;
-        for (int i = 1; i < var.NI; i++) {
-            float x = i * rate / v.zm + v.ox;
-            int colour = pixel_colour(L, x, y, near_row, low_row);
-            if (colour >= 0) gdImageSetPixel(im, i, var.GJ - j, colour);
-        }
-    }
+    std::vector<Column> columns;
+    if (!STRAIGHTFORWARD)
+        for (int i = 0; i < var.NI; i++) columns.push_back(column_at(L, s.rate, s.view, i));
+    for_each_grid_row(s, [&](int j, float y, int near_row, int low_row) {
+        draw_row(im, L, columns, s.rate, s.view, j, y, near_row, low_row);
+    });
     return 0;
 }

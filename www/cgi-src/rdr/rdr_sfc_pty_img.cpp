@@ -7,38 +7,16 @@
 #include "canvas.h"
 #include "rdr_sfc_pty_img.h"
 
-namespace {
-
-constexpr int LEGEND_WIDTH = 35;
-constexpr int TITLE_HEIGHT = 20;
-
-// Canvas sizes from the request's size and the map's aspect ratio; false when no canvas can
-// be made from them.
-bool size_canvas()
-{
-    var.NI = var.size;
-    float nj = (float)var.NY / (float)var.NX * (float)var.NI;
-    long long width = (long long)var.NI + (var.legend == 1 ? LEGEND_WIDTH : 0);
-    if (!(nj >= 0.0f && nj < (float)CANVAS_MAX) || !canvas_fits(width, (long long)nj + TITLE_HEIGHT))
-        return false;
-    var.NJ = (int)nj;
-    var.GI = (int)width;
-    var.GJ = var.NJ + TITLE_HEIGHT;
-    return true;
-}
-
-}  // namespace
-
 int rdr_sfc_pty_img()
 {
-    if (!size_canvas()) return err_img(1);
+    if (!canvas_size_of_request()) return err_img(1);
 
     gdImagePtr im = canvas_create(var.GI, var.GJ);
     int color_lvl[COLOR_SLOTS] = {0};
     float data_lvl[COLOR_SLOTS] = {0};
 
     color_table(im, color_lvl, data_lvl);
-    gdImageFilledRectangle(im, 0, 0, var.GI, var.GJ, color_lvl[240]);
+    canvas_fill(im, color_lvl[240]);
     grid_disp(im, color_lvl, data_lvl);
     if (std::strchr(var.gis, 'T')) topo_disp(im, color_lvl, data_lvl);
     if (var.zoom_level > 1) map_disp(im, color_lvl[249], 1);

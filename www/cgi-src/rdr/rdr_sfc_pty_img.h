@@ -73,6 +73,15 @@ struct RNSN_COLOR {
     int R, G, B;
 };
 
+// Built with RDR_STRAIGHTFORWARD the program takes the plain road wherever it has a faster one
+// (zlib, one read per grid, the whole terrain): the reference the fast roads must match pixel for
+// pixel. Decided when compiling; nothing is looked up at run time.
+#ifdef RDR_STRAIGHTFORWARD
+constexpr bool STRAIGHTFORWARD = true;
+#else
+constexpr bool STRAIGHTFORWARD = false;
+#endif
+
 constexpr int STN_MAX = 2000;
 constexpr int COLOR_SLOTS = 256;
 
@@ -100,6 +109,10 @@ int rdr_sfc_pty_get_all();
 // draw; the driver ignores it.
 int color_table(gdImagePtr im, int color_lvl[], float data_lvl[]);
 int grid_disp(gdImagePtr im, int color_lvl[], float data_lvl[]);
+// The grid rows that grid_disp will read for the request, marked 1 in the caller's zeroed arrays
+// of ny entries: rows of pty, rows of data. Needs the header and the canvas sizes; -1 when the
+// grid cannot be placed on a canvas, and nothing is marked.
+int grid_rows_sampled(char class_rows[], char value_rows[]);
 int topo_disp(gdImagePtr im, int color_lvl[], float data_lvl[]);
 int map_disp(gdImagePtr im, int color_map, int kind);
 int title_disp(gdImagePtr im, int color_lvl[]);

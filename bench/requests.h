@@ -1,0 +1,20 @@
+// The requests the benchmark times, and whose pictures the fast and the straightforward builds
+// must draw alike. The data time is the hour that the sample tree holds.
+#ifndef BENCH_REQUESTS_H
+#define BENCH_REQUESTS_H
+
+namespace bench {
+
+constexpr const char *kDataTime = "tm=202407150930";
+
+constexpr const char *kRequests[] = {
+    "obs=RNSN&size=600&gis=T&legend=1",
+    "obs=HSR&size=1000&legend=1&aws=8&zoom_level=1&zoom_rate=2&zoom_x=4300000&zoom_y=5200000",
+    "obs=RN15X&size=800&griddisp=1&aws=3&zoom_level=3&zoom_rate=2&zoom_x=4420000&zoom_y=5330000",
+    "obs=TW&size=600&gis=T",
+    "obs=RNEX&size=1200&aws=1&zoom_level=2&zoom_rate=3&zoom_x=5500000&zoom_y=4400000",
+};
+
+}  // namespace bench
+
+#endif
