@@ -38,6 +38,8 @@ T **rows(int nrl, int nrh, int ncl, int nch, const char *failure1, const char *f
     if (!count_of(ncl, nch, ncols) || __builtin_mul_overflow(nrows, ncols, &cells) ||
         __builtin_mul_overflow(cells, sizeof(T), &cells))
         nrerror(failure2);
+    // Without rows no block of cells is made: nothing could hold it, or free it later.
+    if (nrows == 0) return m;
     T *cell = static_cast<T *>(std::malloc(cells == 0 ? 1 : cells));
     if (!cell) nrerror(failure2);
     for (std::size_t r = 0; r < nrows; r++) m[nrl + (long)r] = cell + r * ncols - ncl;

@@ -297,6 +297,7 @@ TEST(Hostile, DamagedGridFiles)
         {"exactly at the cell limit", rnsn, kPicture, grid_with_size(8000, 8000, 10, 10), 120000},
         {"no cells per row", rnsn, kPicture, grid_with_size(0, 120, 10, 10)},
         {"no rows", hsr, kPicture, grid_with_size(100, 0, 10, 10)},
+        {"no rows, negative cells per row", tw, kExit1, grid_with_size(-1, 0, 10, 10)},
         {"negative cells per row", rnsn, kExit1, grid_with_size(-1, 120, 10, 10)},
         {"negative rows", tw, kExit1, grid_with_size(100, -5, 10, 10)},
         {"both sizes at their lowest", hsr, kExit1, grid_with_size(-32768, -32768, 10, 10)},
