@@ -14,7 +14,6 @@
 #include <sstream>
 
 #include "aws3_io.h"
-#include "nrutil.h"
 #include "picture_writers.h"
 #include "rdr_paths.h"
 #include "rdr_sfc_pty_img.h"
@@ -184,12 +183,7 @@ void run_program(const char *query)
 
     rdr_program_main();
 
-    // Both reads of one request read one file, so the last header gives both grids' bounds.
-    int nx = rdr_cmp_head.nx, ny = rdr_cmp_head.ny;
-    if (data) free_matrix(data, 0, ny - 1, 0, nx - 1);
-    if (pty) free_cmatrix(pty, 0, ny - 1, 0, nx - 1);
-    data = nullptr;
-    pty = nullptr;
+    rdr_sfc_pty_release();
     AWS3_DATA_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
     AWS3_QCD_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
 }

@@ -85,6 +85,13 @@ GridStreamPtr open_grid(int *nx, int *ny)
     return s;
 }
 
+// How each grid was last allocated, for rdr_sfc_pty_release.
+struct GridShape {
+    bool planned = false;
+    int nx = 0, ny = 0;
+};
+GridShape pty_shape, data_shape;
+
 // The rows of each grid the picture will read; empty: every row.
 struct RowPlan {
     std::vector<char> classes;
@@ -146,6 +153,7 @@ void read_rows(GridStream *s, int ny, long row_bytes, const std::vector<char> &r
 void read_classes(GridStream *s, ClassRule rule, int nx, int ny, const std::vector<char> &rows)
 {
     pty = rows.empty() ? cmatrix(0, ny - 1, 0, nx - 1) : planned_grid<unsigned char>(nx, ny, rows, 0);
+    pty_shape = {!rows.empty(), nx, ny};
     unsigned char classes[256];
     for (int b = 0; b < 256; b++) classes[b] = class_of(rule, (unsigned char)b);
     read_rows(s, ny, nx, rows, [&](int j, const unsigned char *row, long) {
@@ -159,6 +167,7 @@ void read_classes(GridStream *s, ClassRule rule, int nx, int ny, const std::vect
 void read_values(GridStream *s, int nx, int ny, const std::vector<char> &rows)
 {
     data = rows.empty() ? matrix(0, ny - 1, 0, nx - 1) : planned_grid<float>(nx, ny, rows, MISSING_VALUE);
+    data_shape = {!rows.empty(), nx, ny};
     bool celsius = obs_is("TW");
     read_rows(s, ny, 2L * nx, rows, [&](int j, const unsigned char *row, long arrived) {
         float *out = data[j];
@@ -170,6 +179,20 @@ void read_values(GridStream *s, int nx, int ny, const std::vector<char> &rows)
             for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01);
         std::fill(out + cells, out + nx, MISSING_VALUE);
     });
+}
+
+template <typename T>
+void release_grid(T **&grid, const GridShape &shape, void (*free_rows)(T **, int, int, int, int))
+{
+    if (!grid) return;
+    if (shape.planned) {
+        // The rows lie in one block of cells, which starts at the lowest row.
+        std::free(*std::min_element(grid, grid + shape.ny));
+        std::free(grid);
+    } else {
+        free_rows(grid, 0, shape.ny - 1, 0, shape.nx - 1);
+    }
+    grid = nullptr;
 }
 
 // One pass over the file for the request's grids: the product's grid and, with `rain_classes`,
@@ -227,4 +250,10 @@ int rdr_sfc_pty_get_all()
         copy_text(var.obs, sizeof var.obs, obs);
     }
     return err;
+}
+
+void rdr_sfc_pty_release()
+{
+    release_grid(data, data_shape, free_matrix);
+    release_grid(pty, pty_shape, free_cmatrix);
 }

@@ -104,6 +104,9 @@ int grid_map_inf(const char *map, int *nx, int *ny, int *sx, int *sy);
 int rdr_sfc_pty_get();
 // Every grid the product needs (a second read as "RNSN" for "HSR" and "RN15X"): 0 or error code 2.
 int rdr_sfc_pty_get_all();
+// Frees `data` and `pty` as the last reads allocated them and sets both to null: for a host that
+// serves several requests in one process (the fuzz targets). The program never frees its grids.
+void rdr_sfc_pty_release();
 
 // Grid rendering and annotation. Layers return 0, or a negative number when they could not
 // draw; the driver ignores it.
