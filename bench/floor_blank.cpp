@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "canvas.h"
+#include "view.h"
 
 int main(int argc, char **argv)
 {
@@ -16,7 +17,8 @@ int main(int argc, char **argv)
     }
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::fputs("HTTP/1.0 200 OK\n", stdout);
-    gdImagePtr im = canvas_create(width, height);
+    gdImagePtr im = gdImageCreate(width, height);
+    if (!im) return 1;
     gdImageColorAllocate(im, 255, 255, 255);
     canvas_send(im);
     return 0;

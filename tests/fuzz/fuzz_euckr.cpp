@@ -10,7 +10,14 @@
 
 #include "fuzz_tree.h"
 #include "korean_text.h"
-#include "rdr_sfc_pty_img.h"
+#include "aws_info_get.h"
+#include "aws_rain_data_get.h"
+#include "color_table.h"
+#include "grid_map_inf.h"
+#include "korean_text.h"
+#include "rdr_sfc_pty_get.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 

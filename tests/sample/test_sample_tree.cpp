@@ -15,7 +15,14 @@
 #include "file_ptr.h"
 #include "fixture_tree.h"
 #include "le_bytes.h"
-#include "rdr_sfc_pty_img.h"
+#include "aws_info_get.h"
+#include "aws_rain_data_get.h"
+#include "color_table.h"
+#include "grid_map_inf.h"
+#include "korean_text.h"
+#include "rdr_sfc_pty_get.h"
+#include "user_input.h"
+#include "view.h"
 #include "sample_maps.h"
 #include "sample_minutes.h"
 #include "sample_stations.h"
@@ -49,6 +56,7 @@ protected:
     static std::map<int, long> class_counts(const char *obs)
     {
         copy_text(var.obs, sizeof var.obs, obs);
+        product = &product_of(var.obs);
         EXPECT_EQ(rdr_sfc_pty_get(), 0);
         std::map<int, long> counts;
         for (int j = 0; j < rdr_cmp_head.ny; j++)
@@ -63,6 +71,7 @@ protected:
     static Range value_range(const char *obs)
     {
         copy_text(var.obs, sizeof var.obs, obs);
+        product = &product_of(var.obs);
         EXPECT_EQ(rdr_sfc_pty_get(), 0);
         Range r;
         for (int j = 0; j < rdr_cmp_head.ny; j++)
@@ -155,6 +164,7 @@ TEST_F(SampleTree, ColourFilesGiveAscendingClasses)
     int color_lvl[COLOR_SLOTS];
     float data_lvl[COLOR_SLOTS];
     copy_text(var.obs, sizeof var.obs, "HSR");
+    product = &product_of(var.obs);
     color_table(im, color_lvl, data_lvl);
     EXPECT_EQ(var.num_color, 20);
     EXPECT_FLOAT_EQ(data_lvl[0], 0.1f);
@@ -164,6 +174,7 @@ TEST_F(SampleTree, ColourFilesGiveAscendingClasses)
 
     im = gdImageCreate(10, 10);
     copy_text(var.obs, sizeof var.obs, "TW");
+    product = &product_of(var.obs);
     color_table(im, color_lvl, data_lvl);
     EXPECT_EQ(var.num_color, 20);
     EXPECT_FLOAT_EQ(data_lvl[0], 11.0f) << "July: the month's minimum 10 plus one";

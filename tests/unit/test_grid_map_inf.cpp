@@ -2,7 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "fixture_tree.h"
-#include "rdr_sfc_pty_img.h"
+#include "aws_info_get.h"
+#include "aws_rain_data_get.h"
+#include "color_table.h"
+#include "grid_map_inf.h"
+#include "korean_text.h"
+#include "rdr_sfc_pty_get.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 
@@ -63,11 +70,11 @@ TEST(MapCatalogue, FindsTheFirstWholeCaseSensitiveMatch)
     EXPECT_EQ(longline.sy, 0);
 }
 
-TEST(MapCatalogueDeathTest, MissingCatalogueEndsWithStatus255)
+TEST(MapCatalogue, MissingCatalogueIsReported)
 {
     fixture::reset_root();
     int nx = 0, ny = 0, sx = 0, sy = 0;
-    EXPECT_EXIT(grid_map_inf("HR", &nx, &ny, &sx, &sy), testing::ExitedWithCode(255), "^$");
+    EXPECT_EQ(grid_map_inf("HR", &nx, &ny, &sx, &sy), MAP_NO_CATALOGUE);
 }
 
 }  // namespace

@@ -7,9 +7,40 @@
 
 #include "cgiutil.h"
 #include "fixture_tree.h"
-#include "rdr_sfc_pty_img.h"
+#include "aws_info_get.h"
+#include "aws_rain_data_get.h"
+#include "color_table.h"
+#include "grid_map_inf.h"
+#include "korean_text.h"
+#include "rdr_sfc_pty_get.h"
+#include "user_input.h"
+#include "straightforward.h"
+#include "view.h"
 
 namespace {
+
+void set_obs(const char *obs)
+{
+    copy_text(var.obs, sizeof var.obs, obs);
+    product = &product_of(var.obs);
+}
+
+// The program's road: header, view, then the grids the view needs (0, or error code 2).
+int read_request_grids()
+{
+    int got;
+    if (STRAIGHTFORWARD) {
+        got = rdr_sfc_pty_get();
+        if (got == 0 && product->marking != ClassRule::None) got = rdr_sfc_pty_get_marking();
+        view_of_request(rdr_cmp_head);
+    } else {
+        GRID_FILE file;
+        got = rdr_sfc_pty_open(&file);
+        view_of_request(rdr_cmp_head);
+        if (got == 0) got = rdr_sfc_pty_read(&file, view_row_plan());
+    }
+    return got < 0 ? 2 : 0;
+}
 
 const uint8_t kCodes[] = {0x21, 0x12, 0x40, 0x02, 0x10, 0x01, 0x22, 0x00, 0x11, 0x33};
 constexpr int kCells = sizeof kCodes;
@@ -42,7 +73,7 @@ protected:
 
     std::vector<int> classes(const char *obs)
     {
-        copy_text(var.obs, sizeof var.obs, obs);
+        set_obs(obs);
         EXPECT_EQ(rdr_sfc_pty_get(), 0);
         std::vector<int> out;
         for (int k = 0; k < kCells; k++) out.push_back(pty[k / 5][k % 5]);
@@ -51,7 +82,7 @@ protected:
 
     std::vector<float> values(const char *obs)
     {
-        copy_text(var.obs, sizeof var.obs, obs);
+        set_obs(obs);
         EXPECT_EQ(rdr_sfc_pty_get(), 0);
         std::vector<float> out;
         for (int k = 0; k < kCells; k++) out.push_back(data[k / 5][k % 5]);
@@ -104,19 +135,19 @@ TEST_F(GridReader, RainProductsAlsoGetTheRainSnowClasses)
 {
     ASSERT_TRUE(fixture::write_grid(grid(), 2024, 1, 15, 12, 35));
     for (const char *obs : {"HSR", "RN15X"}) {
-        copy_text(var.obs, sizeof var.obs, obs);
+        set_obs(obs);
         data = nullptr;
         pty = nullptr;
-        EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+        EXPECT_EQ(read_request_grids(), 0);
         EXPECT_STREQ(var.obs, obs);
         ASSERT_NE(data, nullptr);
         ASSERT_NE(pty, nullptr);
         EXPECT_EQ(pty[0][0], 2);   // 0x21 by the "RNSN" rule
         EXPECT_EQ(pty[0][2], 4);
     }
-    copy_text(var.obs, sizeof var.obs, "TW");
+    set_obs("TW");
     pty = nullptr;
-    EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+    EXPECT_EQ(read_request_grids(), 0);
     EXPECT_EQ(pty, nullptr);
 }
 
@@ -134,11 +165,11 @@ TEST_F(GridReader, APictureReadsTheRowsItSamples)
     ASSERT_TRUE(fixture::write_grid(g, 2024, 1, 15, 12, 35));
     var.size = 5;
     for (const char *obs : {"RNSN", "TW"}) {
-        copy_text(var.obs, sizeof var.obs, obs);
-        EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+        set_obs(obs);
+        EXPECT_EQ(read_request_grids(), 0);
         for (int j = 0; j < 40; j++) {
             bool sampled = STRAIGHTFORWARD || (j % 2 == 0 && j > 0);
-            if (obs_is("RNSN"))
+            if (std::strcmp(obs, "RNSN") == 0)
                 EXPECT_EQ(pty[j][9], sampled ? 2 : 0) << "row " << j;
             else
                 EXPECT_FLOAT_EQ(data[j][9], sampled ? 7.0f : -999.0f) << "row " << j;
@@ -146,15 +177,15 @@ TEST_F(GridReader, APictureReadsTheRowsItSamples)
     }
     // Without a canvas there is nothing to sample from: every row is read.
     var.size = 0;
-    EXPECT_EQ(rdr_sfc_pty_get_all(), 0);
+    EXPECT_EQ(read_request_grids(), 0);
     EXPECT_FLOAT_EQ(data[1][0], 7.0f);
 }
 
 TEST_F(GridReader, MissingFileAndImplausibleHeaders)
 {
-    copy_text(var.obs, sizeof var.obs, "RNSN");
+    set_obs("RNSN");
     EXPECT_EQ(rdr_sfc_pty_get(), -1);
-    EXPECT_EQ(rdr_sfc_pty_get_all(), 2);
+    EXPECT_EQ(read_request_grids(), 2);
 
     // Above 64,000,000 cells the file counts as unreadable rather than allocating gigabytes.
     fixture::Grid big = fixture::make_grid(0, 0);
@@ -197,7 +228,7 @@ TEST_F(GridReader, TruncatedStreamsLeaveTheRestMissing)
         for (size_t i = 30; i < gz.size(); i += 3) gz[i] = (char)(gz[i] ^ 0x5a);
     }
     ASSERT_TRUE(fixture::write_bytes(path_, gz));
-    copy_text(var.obs, sizeof var.obs, "TW");
+    set_obs("TW");
     EXPECT_EQ(rdr_sfc_pty_get(), 0);
 }
 
@@ -207,9 +238,9 @@ TEST_F(GridReader, NegativeHeaderSizesAreFatal)
     g.head.nx = -5;
     g.head.ny = 3;
     ASSERT_TRUE(fixture::write_grid(g, 2024, 1, 15, 12, 35));
-    copy_text(var.obs, sizeof var.obs, "RNSN");
+    set_obs("RNSN");
     EXPECT_EXIT(rdr_sfc_pty_get(), testing::ExitedWithCode(1), "allocation failure");
-    copy_text(var.obs, sizeof var.obs, "TW");
+    set_obs("TW");
     EXPECT_EXIT(rdr_sfc_pty_get(), testing::ExitedWithCode(1), "allocation failure");
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "text_fields.h"
+#include "cgiutil.h"
 
 namespace {
 

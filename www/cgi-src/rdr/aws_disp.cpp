@@ -1,15 +1,18 @@
-// The station overlay: loads the stations and their values at the picture's time, moves them
-// into the zoomed view and draws each station inside it completely (wind barb in modes 6 and
-// up, disc with a blue centre where it rains, label by mode) before the next. Returns 0.
+// The station overlay; see aws_disp.h.
+#include "aws_disp.h"
+
 #include <gdfontl.h>
 
 #include <cmath>
 #include <cstdio>
 
+#include "aws_info_get.h"
+#include "aws_rain_data_get.h"
 #include "cgiutil.h"
+#include "color_table.h"
 #include "korean_text.h"
-#include "rdr_sfc_pty_img.h"
-#include "zoom.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 
@@ -70,8 +73,8 @@ void draw_barb(gdImagePtr im, int X, int Y, float wd, float ws, int color)
 
 void draw_disc(gdImagePtr im, int X, int Y, const STN_VAL &s, const int color_lvl[])
 {
-    gdImageFilledArc(im, X, Y, DISC_SIZE, DISC_SIZE, 0, 360, color_lvl[245], gdPie);
-    int centre = s.re == 1 ? color_lvl[247] : color_lvl[246];
+    gdImageFilledArc(im, X, Y, DISC_SIZE, DISC_SIZE, 0, 360, color_lvl[SLOT_DISC], gdPie);
+    int centre = s.re == 1 ? color_lvl[SLOT_BLUE] : color_lvl[SLOT_RED];
     gdImageFilledArc(im, X, Y, CENTRE_SIZE, CENTRE_SIZE, 0, 360, centre, gdPie);
 }
 
@@ -122,13 +125,13 @@ int aws_zooming()
 {
     var.num_area_stn = var.num_aws_stn;
     if (var.zoom_level == 0 || var.num_aws_stn <= 0) return 0;
-    ZoomView v = zoom_view(var.NX, var.NY, zoom_rule_of_request());
+    const ZoomView &v = view.km;
     int n = var.num_aws_stn < STN_MAX ? var.num_aws_stn : STN_MAX;
     int inside = 0;
     for (int k = 0; k < n; k++) {
         STN_VAL &s = stn_data[k];
-        s.x = (s.x - v.ox) * v.zm;
-        s.y = (s.y - v.oy) * v.zm;
+        s.x = zoomed(s.x, v.ox, v.zm);
+        s.y = zoomed(s.y, v.oy, v.zm);
         if (in_view(s)) inside++;
     }
     var.num_area_stn = inside;
@@ -137,7 +140,7 @@ int aws_zooming()
 
 int aws_disp(gdImagePtr im, int color_lvl[])
 {
-    float rate = (float)var.NI / (float)var.NX;
+    float rate = view.px_per_km;
     var.num_aws_stn = aws_info_get(var.seq);
     aws_rain_data_get(var.seq, var.aws, var.num_aws_stn);
     aws_zooming();
@@ -149,9 +152,9 @@ int aws_disp(gdImagePtr im, int color_lvl[])
         if (!drawn_at_zoom_level(s) || !in_view(s)) continue;
         int X = map_column(s.x, rate);
         int Y = map_row(s.y, rate);
-        if (var.aws > 5 && s.wd >= 0 && (double)s.ws > MIN_WIND_SPEED) draw_barb(im, X, Y, s.wd, s.ws, color_lvl[244]);
+        if (var.aws > 5 && s.wd >= 0 && (double)s.ws > MIN_WIND_SPEED) draw_barb(im, X, Y, s.wd, s.ws, color_lvl[SLOT_BLACK]);
         draw_disc(im, X, Y, s, color_lvl);
-        draw_label(im, X, Y, s, color_lvl[244]);
+        draw_label(im, X, Y, s, color_lvl[SLOT_BLACK]);
     }
     return 0;
 }

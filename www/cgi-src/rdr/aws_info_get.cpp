@@ -1,7 +1,7 @@
-// The station catalogue: the automatic weather stations of the accepted agencies that at the
-// requested hour were listed, had a rain sensor and a position inside the 1024 km square, placed
-// on the map grid in stn_data in the station list's order. Returns their number (at most
-// STN_MAX), -2 when the station or sensor list cannot be opened, -3 for the position list.
+// The station catalogue; see aws_info_get.h. Kept are the stations of the accepted agencies that
+// at the requested hour were listed, had a rain sensor and a position inside the 1024 km square.
+#include "aws_info_get.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -10,11 +10,12 @@
 #include <vector>
 
 #include "cgiutil.h"
-#include "korean_text.h"
 #include "file_ptr.h"
+#include "korean_text.h"
 #include "lamcproj.h"
-#include "rdr_sfc_pty_img.h"
+#include "rdr_paths.h"
 #include "seq_time.h"
+#include "user_input.h"
 
 STN_VAL stn_data[STN_MAX];
 
@@ -67,29 +68,25 @@ struct Fields {
     {
         char word[FIELD_CAP];
         next(word, sizeof word);
-        return std::strlen(word) >= MIN_COORDINATE_CHARS ? (float)read_double(word) : -1.0f;
+        return std::strlen(word) >= MIN_COORDINATE_CHARS ? decimal(word) : -1.0f;
     }
     float height()
     {
         char word[FIELD_CAP];
         next(word, sizeof word);
-        return word[0] != '\0' ? (float)read_double(word) : -1.0f;
+        return word[0] != '\0' ? decimal(word) : -1.0f;
+    }
+    // A text without a number reads as 0.
+    static float decimal(const char *word)
+    {
+        float v = 0.0f;
+        scan_float(word, &v);
+        return v;
     }
 };
 
-// A line of at most LINE_CAP - 1 characters; the rest of a longer line is dropped, so that a
-// fragment of it is never read as a row of its own.
-bool read_line(char (&line)[LINE_CAP], std::FILE *fp)
-{
-    if (!std::fgets(line, LINE_CAP, fp)) return false;
-    std::size_t len = std::strlen(line);
-    if (len == LINE_CAP - 1 && line[len - 1] != '\n') {
-        int c;
-        while ((c = std::fgetc(fp)) != EOF && c != '\n') {
-        }
-    }
-    return true;
-}
+// A line cut at the buffer still counts for the fields it holds.
+bool next_row(char (&line)[LINE_CAP], std::FILE *fp) { return read_line(fp, line, LINE_CAP) != LineRead::End; }
 
 bool valid_at(int tm1, int tm2, int tm) { return tm1 <= tm && tm <= tm2; }
 
@@ -115,7 +112,7 @@ int read_station_list(std::FILE *fp, int tm)
 {
     int n = 0;
     char line[LINE_CAP];
-    while (n < STN_MAX && read_line(line, fp)) {
+    while (n < STN_MAX && next_row(line, fp)) {
         Fields f{line};
         int stn_id = f.number();
         int tm2 = f.hour();
@@ -161,7 +158,7 @@ STN_VAL *first_entry(const FirstEntries &by_id, int stn_id)
 void mark_rain_sensors(std::FILE *fp, int tm, const FirstEntries &entries)
 {
     char line[LINE_CAP];
-    while (read_line(line, fp)) {
+    while (next_row(line, fp)) {
         Fields f{line};
         int stn_id = f.number();
         f.skip();
@@ -183,7 +180,7 @@ void place_stations(std::FILE *fp, int tm, const FirstEntries &entries)
     map.yo = (float)var.SY / map.grid;
 
     char line[LINE_CAP];
-    while (read_line(line, fp)) {
+    while (next_row(line, fp)) {
         Fields f{line};
         int stn_id = f.number();
         f.skip();

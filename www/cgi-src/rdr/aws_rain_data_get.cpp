@@ -1,8 +1,8 @@
-// Station rain values: for each loaded station the rain state from the rain indicators of the
-// 15 minutes seq - 9 .. seq + 5, the latest 15-minute amount of seq - 4 .. seq + 5, the value
-// that the overlay mode prints, and the wind at seq, all into stn_data. Returns 0.
+// Station rain values; see aws_rain_data_get.h.
+#include "aws_rain_data_get.h"
+
 #include "aws3_io.h"
-#include "rdr_sfc_pty_img.h"
+#include "aws_info_get.h"
 #include "seq_time.h"
 
 namespace {

@@ -1,34 +1,10 @@
-// The canvas of a request: its size, the one palette image, and sending it as PNG.
+// The palette image of a picture and sending it as PNG.
 #include "canvas.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
-#include "rdr_sfc_pty_img.h"
-
-bool canvas_size_of_request()
-{
-    var.NI = var.size;
-    float nj = (float)var.NY / (float)var.NX * (float)var.NI;
-    long long width = (long long)var.NI + (var.legend == 1 ? LEGEND_WIDTH : 0);
-    if (!(nj >= 0.0f && nj < (float)CANVAS_MAX) || !canvas_fits(width, (long long)nj + TITLE_HEIGHT))
-        return false;
-    var.NJ = (int)nj;
-    var.GI = (int)width;
-    var.GJ = var.NJ + TITLE_HEIGHT;
-    return true;
-}
-
-gdImagePtr canvas_create(int width, int height)
-{
-    gdImagePtr im = gdImageCreate(width, height);
-    if (!im) {
-        std::fprintf(stderr, "rdr_sfc_pty_img: cannot create a %d x %d image\n", width, height);
-        std::exit(1);
-    }
-    return im;
-}
+#include "straightforward.h"
 
 namespace {
 

@@ -1,22 +1,22 @@
-// The palette of a picture, allocated in a fixed order: the product's classes (from a colour
-// file or a class table) first, so that class 0 is palette entry 0, then the fixed slots that
-// every layer cites by number. For "TW" the thresholds slide with the month. Returns 0.
-#include <cstdio>
-#include <cstring>
+// The palette of a picture; see color_table.h.
+#include "color_table.h"
 
+#include <cstdio>
+
+#include "cgiutil.h"
 #include "file_ptr.h"
-#include "rdr_sfc_pty_img.h"
+#include "rdr_paths.h"
 #include "seq_time.h"
-#include "text_fields.h"
+#include "user_input.h"
 
 // Labels in EUC-KR: "없음" (none), "비" (rain), "눈비" (rain and snow), "눈" (snow).
-RNEX_COLOR rnex_color[4] = {
+RNEX_COLOR rnex_color[CLASS_ROWS] = {
     {1, "\xbe\xf8\xc0\xbd", 0, 255, 255, 255},
     {2, "AWS", 0, 51, 204, 51},
     {3, "RDR", 0, 51, 153, 255},
     {4, "AWS RDR", 0, 57, 57, 209},
 };
-RNSN_COLOR rnsn_color[4] = {
+RNSN_COLOR rnsn_color[CLASS_ROWS] = {
     {1, "\xbe\xf8\xc0\xbd", 0, 255, 255, 255},
     {2, "\xba\xf1", 0, 51, 102, 255},
     {3, "\xb4\xab\xba\xf1", 0, 102, 255, 255},
@@ -35,27 +35,30 @@ struct FixedSlot {
     float value;
 };
 
+// In the order they are allocated.
 const FixedSlot kFixedSlots[] = {
-    {150, 206, 229, 241, true, 1.0f},   {151, 240, 240, 225, true, 100.0f},
-    {152, 170, 170, 170, true, 500.0f}, {153, 120, 120, 120, true, 5000.0f},
-    {171, 98, 169, 213, false, 0},      {240, 180, 180, 180, false, 0},
-    {241, 255, 255, 255, false, 0},     {242, 30, 30, 30, false, 0},
-    {243, 12, 28, 236, false, 0},       {244, 0, 0, 0, false, 0},
-    {245, 240, 240, 240, false, 0},     {246, 255, 0, 0, false, 0},
-    {247, 0, 0, 255, false, 0},         {248, 160, 160, 160, false, 0},
-    {249, 110, 110, 110, false, 0},     {250, 80, 80, 80, false, 0},
-    {251, 255, 0, 172, false, 0},       {252, 57, 57, 209, false, 0},
+    {SLOT_RESERVED, 206, 229, 241, true, 1.0f},
+    {SLOT_TOPO_FIRST, 240, 240, 225, true, 100.0f},
+    {SLOT_TOPO_FIRST + 1, 170, 170, 170, true, 500.0f},
+    {SLOT_TOPO_LAST, 120, 120, 120, true, 5000.0f},
+    {SLOT_RESERVED_171, 98, 169, 213, false, 0},
+    {SLOT_BACKGROUND, 180, 180, 180, false, 0},
+    {SLOT_WHITE, 255, 255, 255, false, 0},
+    {SLOT_FRAME, 30, 30, 30, false, 0},
+    {SLOT_RESERVED_243, 12, 28, 236, false, 0},
+    {SLOT_BLACK, 0, 0, 0, false, 0},
+    {SLOT_DISC, 240, 240, 240, false, 0},
+    {SLOT_RED, 255, 0, 0, false, 0},
+    {SLOT_BLUE, 0, 0, 255, false, 0},
+    {SLOT_RESERVED_248, 160, 160, 160, false, 0},
+    {SLOT_GREY, 110, 110, 110, false, 0},
+    {SLOT_RESERVED_250, 80, 80, 80, false, 0},
+    {SLOT_SECTION, 255, 0, 172, false, 0},
+    {SLOT_MARKING, 57, 57, 209, false, 0},
 };
 
 // Lowest temperature class bound by month, degrees C.
 const float kTaMin[12] = {-15, -15, -10, -5, 5, 5, 10, 10, 0, -5, -10, -15};
-
-const char *color_file_name()
-{
-    if (obs_is("TW")) return "color_ta_e30.rgb";
-    if (obs_is("HSR") || obs_is("RN15X")) return "color_rn_echo.rgb";
-    return nullptr;
-}
 
 // Palette components are bytes; a file's out-of-range component is held to 0..255.
 int component(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
@@ -71,7 +74,7 @@ bool parse_class_line(const char *line, int rgb[3], float *bound)
 // One class per line; a line without four numbers (or longer than any real line) takes no slot.
 void read_color_file(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
-    const char *name = color_file_name();
+    const char *name = product->color_file;
     if (!name) return;
     char path[RDR_PATH_CAP];
     FilePtr fp = open_file(color_file_path(path, sizeof path, name), path, "r");
@@ -91,10 +94,10 @@ void read_color_file(gdImagePtr im, int color_lvl[], float data_lvl[])
 }
 
 template <typename Row>
-void allocate_class_table(gdImagePtr im, Row (&table)[4])
+void allocate_class_table(gdImagePtr im, Row (&table)[CLASS_ROWS])
 {
     for (Row &row : table) row.color = gdImageColorAllocate(im, row.R, row.G, row.B);
-    var.num_color = 4;
+    var.num_color = CLASS_ROWS;
 }
 
 void shift_by_month(float data_lvl[])
@@ -111,19 +114,19 @@ void shift_by_month(float data_lvl[])
 int color_table(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
     var.num_color = 0;
-    if (obs_is("RNEX"))
-        allocate_class_table(im, rnex_color);
-    else if (obs_is_class_product())
-        allocate_class_table(im, rnsn_color);
-    else
+    if (product->kind == ProductKind::Values)
         read_color_file(im, color_lvl, data_lvl);
+    else if (product->table == ClassTable::RNEX)
+        allocate_class_table(im, rnex_color);
+    else
+        allocate_class_table(im, rnsn_color);
 
     for (const FixedSlot &s : kFixedSlots) {
         color_lvl[s.slot] = gdImageColorAllocate(im, s.R, s.G, s.B);
         if (s.has_value) data_lvl[s.slot] = s.value;
     }
-    var.num_color_topo = 3;
+    var.num_color_topo = SLOT_TOPO_LAST - SLOT_TOPO_FIRST + 1;
 
-    if (obs_is("TW") && var.num_color > 0) shift_by_month(data_lvl);
+    if (product->monthly_shift && var.num_color > 0) shift_by_month(data_lvl);
     return 0;
 }

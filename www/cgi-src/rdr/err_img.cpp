@@ -1,27 +1,21 @@
-// The error picture: a light grey canvas of the requested size that names the time, the
-// request, the size and the file, and the error that ended the request. Returns 0.
+// The error picture; see err_img.h.
+#include "err_img.h"
+
 #include <gdfontl.h>
 
 #include <cstdarg>
 #include <cstdio>
 
 #include "canvas.h"
-#include "rdr_sfc_pty_img.h"
 #include "seq_time.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 
 constexpr int TEXT_CAP = 120;
 // A size the canvas cannot take is drawn as if this had been asked.
 constexpr int FALLBACK_SIZE = 600;
-
-void set_square_canvas(int size)
-{
-    var.NI = size;
-    var.NJ = size;
-    var.GI = size + (var.legend == 1 ? LEGEND_WIDTH : 0);
-    var.GJ = size + TITLE_HEIGHT;
-}
 
 // Formats one line into the text buffer, cut at its capacity, and draws it at x = 50.
 __attribute__((format(printf, 4, 5))) void draw_line(gdImagePtr im, int y, int color, const char *fmt, ...)
@@ -38,11 +32,11 @@ __attribute__((format(printf, 4, 5))) void draw_line(gdImagePtr im, int y, int c
 
 int err_img(int err)
 {
-    long long size = var.size;
-    long long width = size + (var.legend == 1 ? LEGEND_WIDTH : 0);
-    set_square_canvas(canvas_fits(width, size + TITLE_HEIGHT) ? var.size : FALLBACK_SIZE);
+    bool fits = canvas_fits(canvas_width(var.size, var.legend), (long long)var.size + TITLE_HEIGHT);
+    view_square_canvas(fits ? var.size : FALLBACK_SIZE);
 
-    gdImagePtr im = canvas_create(var.GI, var.GJ);
+    gdImagePtr im = gdImageCreate(var.GI, var.GJ);
+    if (!im) return PICTURE_NO_IMAGE;
     int background = gdImageColorAllocate(im, 240, 240, 240);
     int black = gdImageColorAllocate(im, 0, 0, 0);
     canvas_fill(im, background);
@@ -53,7 +47,7 @@ int err_img(int err)
     draw_line(im, 50, black, "TIME = %04d.%02d.%02d.%02d:%02d / err = %d", YY, MM, DD, HH, MI, err);
     draw_line(im, 70, black, "CMP = %s / QCD = %s / OBS = %s", var.cmp, var.qcd, var.obs);
     draw_line(im, 110, black, "SIZE = %dpx", var.size);
-    if (err == 2)
+    if (err == ERR_GRID_FILE)
         draw_line(im, 130, black, "FILE = %s (file is not found)", var.fname);
     else
         draw_line(im, 130, black, "FILE = %s", var.fname);

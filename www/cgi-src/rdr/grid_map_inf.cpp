@@ -1,13 +1,12 @@
-// The map catalogue: a map code to its extent (nx, ny km) and projection origin (sx, sy km).
-// Returns 0; an unknown code leaves the outputs as they were. A missing catalogue ends the
-// process with status 255, since no picture can be placed without it.
-#include <cstdlib>
+// The map catalogue; see grid_map_inf.h.
+#include "grid_map_inf.h"
+
 #include <cstring>
 #include <initializer_list>
 
 #include "cgiutil.h"
 #include "file_ptr.h"
-#include "rdr_sfc_pty_img.h"
+#include "rdr_paths.h"
 
 namespace {
 
@@ -21,12 +20,13 @@ int grid_map_inf(const char *map, int *nx, int *ny, int *sx, int *sy)
 {
     char path[RDR_PATH_CAP];
     FilePtr fp = open_file(map_catalogue_path(path, sizeof path), path, "r");
-    if (!fp) std::exit(255);
+    if (!fp) return MAP_NO_CATALOGUE;
 
+    // A line cut at the buffer still counts for the fields it holds.
     char line[LINE_CAP];
     char code[CODE_CAP];
     char number[NUMBER_CAP];
-    while (std::fgets(line, sizeof line, fp.get())) {
+    while (read_line(fp.get(), line, sizeof line) != LineRead::End) {
         if (line[0] == '#') continue;
         getword(code, sizeof code, line, ':');
         if (std::strcmp(code, map) != 0) continue;

@@ -18,7 +18,7 @@
 #include <isa-l/igzip_lib.h>
 #endif
 
-#include "rdr_sfc_pty_img.h"
+#include "straightforward.h"
 
 namespace {
 

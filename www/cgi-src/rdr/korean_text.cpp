@@ -1,10 +1,25 @@
-// TrueType drawing of EUC-KR text; see korean_text.h.
+// Korean text; see korean_text.h.
 #include "korean_text.h"
+
+#include <iconv.h>
 
 #include <cstring>
 #include <string>
 
-#include "rdr_sfc_pty_img.h"
+#include "rdr_paths.h"
+
+int euckr2utf(char *str, char *out)
+{
+    std::size_t in_left = std::strlen(str);
+    std::size_t out_left = 2 * in_left;
+    iconv_t cd = iconv_open("UTF-8", "euc-kr");
+    if (cd == (iconv_t)-1) return -1;
+    char *in = str;
+    char *o = out;
+    std::size_t result = iconv(cd, &in, &in_left, &o, &out_left);
+    iconv_close(cd);
+    return (int)result;
+}
 
 namespace {
 

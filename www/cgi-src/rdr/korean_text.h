@@ -1,12 +1,18 @@
-// Korean text held in EUC-KR: cutting it at a whole character, and drawing it with the TrueType
-// font (title bar, legend, station names). A missing font draws nothing, a text that does not
-// convert only its converted prefix; nothing is reported.
+// Korean text held in EUC-KR: its conversion to UTF-8, cutting it at a whole character, and
+// drawing it with the TrueType font (title bar, legend, station names). A missing font draws
+// nothing, a text that does not convert only its converted prefix; nothing is reported.
 #ifndef KOREAN_TEXT_H
 #define KOREAN_TEXT_H
 
 #include <gd.h>
 
 #include <cstddef>
+
+// EUC-KR to UTF-8. The caller zero-fills `out` and gives it room for twice the input's length
+// plus one; nothing is terminated here. Returns the converter's count of irreversible
+// conversions, or -1 when the converter fails or meets a bad sequence (what was converted before
+// stays in `out`).
+int euckr2utf(char *str, char *out);
 
 // The length of the longest prefix of `text` made of whole characters (a byte of 0x80 or more
 // starts a two-byte character) with at most max_bytes bytes and at most max_utf8 bytes once

@@ -1,6 +1,6 @@
-// The legend column right of the map: a bar of one box per class or level, bottom up, with the
-// Korean class names or the threshold values between levels, and the unit above. Returns 0 when
-// the legend is off or drawn, -1 when there are no classes (nothing is drawn then).
+// The legend column; see legend_disp.h.
+#include "legend_disp.h"
+
 #include <gdfonts.h>
 #include <gdfontl.h>
 
@@ -8,8 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "color_table.h"
 #include "korean_text.h"
-#include "rdr_sfc_pty_img.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 
@@ -19,16 +21,17 @@ constexpr std::size_t CHUNK_BYTES = 4;
 constexpr std::size_t CHUNKS = 2;
 constexpr int TXT_CAP = 20;
 
-// Class colours and names of the categorical products, in class order.
-int class_row_colour(int i) { return obs_is("RNEX") ? rnex_color[i].color : rnsn_color[i].color; }
-const char *class_row_name(int i) { return obs_is("RNEX") ? rnex_color[i].rnex_ko : rnsn_color[i].rnsn_ko; }
+// Class colours and names of the class products, in class order.
+bool rnex_table() { return product->table == ClassTable::RNEX; }
+int class_row_colour(int i) { return rnex_table() ? rnex_color[i].color : rnsn_color[i].color; }
+const char *class_row_name(int i) { return rnex_table() ? rnex_color[i].rnex_ko : rnsn_color[i].rnsn_ko; }
 
-int class_rows() { return var.num_color < 4 ? var.num_color : 4; }
+int class_rows() { return var.num_color < CLASS_ROWS ? var.num_color : CLASS_ROWS; }
 
 void draw_class_boxes(gdImagePtr im, float dy)
 {
     for (int i = 0; i < class_rows(); i++) {
-        int top = (int)(20 + (var.num_color - 1 - i) * dy);
+        int top = (int)(TITLE_HEIGHT + (var.num_color - 1 - i) * dy);
         int bottom = (int)(top + dy);
         gdImageFilledRectangle(im, var.NI, top, var.NI + BAR_WIDTH, bottom, class_row_colour(i));
     }
@@ -48,7 +51,7 @@ void draw_class_names(gdImagePtr im, const int color_lvl[], float dy)
 {
     for (int i = 0; i < class_rows(); i++) {
         const char *name = class_row_name(i);
-        float box_top = 20 + (var.num_color - i - 1) * dy;
+        float box_top = TITLE_HEIGHT + (var.num_color - i - 1) * dy;
         std::size_t len = strnlen(name, CHUNKS * CHUNK_BYTES);
         for (std::size_t n = 0; n < CHUNKS && n * CHUNK_BYTES < len; n++) {
             char txt[TXT_CAP];
@@ -56,7 +59,7 @@ void draw_class_names(gdImagePtr im, const int color_lvl[], float dy)
             std::memcpy(txt, name + n * CHUNK_BYTES, take);
             txt[take] = '\0';
             int baseline = (int)(14 * n + box_top + 15);
-            draw_euckr_bold(im, txt, NAME_POINTS, var.NI + 12, var.NI + 11, baseline, color_lvl[247]);
+            draw_euckr_bold(im, txt, NAME_POINTS, var.NI + 12, var.NI + 11, baseline, color_lvl[SLOT_BLUE]);
         }
     }
 }
@@ -64,7 +67,7 @@ void draw_class_names(gdImagePtr im, const int color_lvl[], float dy)
 // A threshold as the legend prints it; any float, nan and 1e30 included, fits the buffer.
 void format_threshold(char *txt, std::size_t cap, float value)
 {
-    const char *format = (obs_is("TW") || !(value < 5.0f)) ? "%.0f" : "%.1f";
+    const char *format = (product->whole_thresholds || !(value < 5.0f)) ? "%.0f" : "%.1f";
     std::snprintf(txt, cap, format, value);
 }
 
@@ -75,15 +78,8 @@ void draw_thresholds(gdImagePtr im, const int color_lvl[], const float data_lvl[
         char txt[TXT_CAP];
         format_threshold(txt, sizeof txt, data_lvl[i]);
         int y = (int)(var.GJ - (i + 1) * dy - 5.0);
-        gdImageString(im, gdFontGetSmall(), var.NI + 12, y, (unsigned char *)txt, color_lvl[244]);
+        gdImageString(im, gdFontGetSmall(), var.NI + 12, y, (unsigned char *)txt, color_lvl[SLOT_BLACK]);
     }
-}
-
-const char *unit_of_request()
-{
-    if (obs_is("TW")) return "C";
-    if (obs_is("HSR") || obs_is("RN15X")) return "mm/h";
-    return " ";
 }
 
 }  // namespace
@@ -94,17 +90,17 @@ int legend_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
     if (var.num_color <= 0) return -1;
     float dy = (float)var.NJ / (float)var.num_color;
 
-    bool classes = obs_is_class_product();
+    bool classes = product->kind == ProductKind::Classes;
     if (classes)
         draw_class_boxes(im, dy);
     else
         draw_level_boxes(im, color_lvl, dy);
-    gdImageRectangle(im, var.NI - 1, 20, var.NI + BAR_WIDTH, var.GJ - 1, color_lvl[242]);
-    gdImageFilledRectangle(im, var.NI + BAR_WIDTH + 1, 0, var.GI - 1, var.GJ, color_lvl[241]);
+    gdImageRectangle(im, var.NI - 1, TITLE_HEIGHT, var.NI + BAR_WIDTH, var.GJ - 1, color_lvl[SLOT_FRAME]);
+    gdImageFilledRectangle(im, var.NI + BAR_WIDTH + 1, 0, var.GI - 1, var.GJ, color_lvl[SLOT_WHITE]);
     if (classes)
         draw_class_names(im, color_lvl, dy);
     else
         draw_thresholds(im, color_lvl, data_lvl, dy);
-    gdImageString(im, gdFontGetLarge(), var.NI + 3, 4, (unsigned char *)unit_of_request(), color_lvl[244]);
+    gdImageString(im, gdFontGetLarge(), var.NI + 3, 4, (unsigned char *)product->unit, color_lvl[SLOT_BLACK]);
     return 0;
 }

@@ -1,20 +1,18 @@
-// The precipitation-type grid file: a gzip stream of a 64-byte header and five blocks of
-// nx x ny cells (codes, areas, then wet-bulb temperature, radar rain and station rain as int16).
-// rdr_sfc_pty_get loads the one block the product needs into `pty` (classes) or `data`
-// (values); it returns 0, or -1 when the file cannot be opened or its header is implausible.
-// rdr_sfc_pty_get_all loads every grid the picture needs (0, or error code 2): on the fast road
-// in one pass over the file, also for "HSR" and "RN15X" with their classes and values (the
-// straightforward build reads the file twice), and only the rows the picture samples.
+// The grid file reader; see rdr_sfc_pty_get.h. The whole road reads every row of one block per
+// call; the one-pass road inflates the file once, also for a rain product's values and marking
+// classes, and keeps only the planned rows as cells of their own.
+#include "rdr_sfc_pty_get.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
-#include "canvas.h"
-#include "cgiutil.h"
-#include "grid_stream.h"
+#include "grid_map_inf.h"
+#include "le_bytes.h"
 #include "nrutil.h"
-#include "rdr_sfc_pty_img.h"
+#include "straightforward.h"
+#include "user_input.h"
 
 RDR_CMP_HEAD rdr_cmp_head;
 float **data;
@@ -27,18 +25,6 @@ constexpr long long MAX_CELLS = 64000000;
 constexpr float MISSING_VALUE = -999.0f;
 // The fast road inflates this many bytes of rows at a time; the straightforward one a row.
 constexpr long CHUNK_BYTES = 256 * 1024;
-
-enum class ClassRule { RNSN, RNSN1, RNSN2, RNEX, AREA, None };
-
-ClassRule class_rule()
-{
-    if (obs_is("RNSN")) return ClassRule::RNSN;
-    if (obs_is("RNSN1")) return ClassRule::RNSN1;
-    if (obs_is("RNSN2")) return ClassRule::RNSN2;
-    if (obs_is("RNEX")) return ClassRule::RNEX;
-    if (obs_is("AREA")) return ClassRule::AREA;
-    return ClassRule::None;
-}
 
 // A code byte holds the station class in its low and the radar class in its high 4 bits.
 unsigned char class_of(ClassRule rule, unsigned char b)
@@ -62,27 +48,21 @@ unsigned char class_of(ClassRule rule, unsigned char b)
     return 0;
 }
 
-// Where the product's block starts, in bytes after the header: classes from the code block
-// ("AREA" from the area block), values from their int16 block (unknown codes from the code block).
-long block_offset(long N)
+// Looks the map up and opens the file past its header, which is kept in rdr_cmp_head.
+int open_grid(GRID_FILE *file)
 {
-    if (obs_is_class_product()) return obs_is("AREA") ? N : 0;
-    return obs_is("TW") ? 2 * N : obs_is("HSR") ? 4 * N : obs_is("RN15X") ? 6 * N : 0;
-}
-
-// The stream past the header, which is kept in rdr_cmp_head; none when the file does not open or
-// its header is implausible.
-GridStreamPtr open_grid(int *nx, int *ny)
-{
-    GridStreamPtr s = grid_stream_open(var.fname, grid_inflater());
-    if (!s) return s;
+    if (grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY) < 0) return GRID_NO_CATALOGUE;
+    file->stream = grid_stream_open(var.fname, grid_inflater());
+    if (!file->stream) return GRID_NOT_READ;
     unsigned char head[RDR_CMP_HEAD_SIZE] = {0};
-    grid_stream_read(s.get(), head, sizeof head);
+    grid_stream_read(file->stream.get(), head, sizeof head);
     rdr_cmp_head = decode_rdr_cmp_head(head);
-    *nx = rdr_cmp_head.nx;
-    *ny = rdr_cmp_head.ny;
-    if (*nx > 0 && *ny > 0 && (long long)*nx * *ny > MAX_CELLS) return GridStreamPtr();
-    return s;
+    long long nx = rdr_cmp_head.nx, ny = rdr_cmp_head.ny;
+    if (nx > 0 && ny > 0 && nx * ny > MAX_CELLS) {
+        file->stream.reset();
+        return GRID_NOT_READ;
+    }
+    return 0;
 }
 
 // How each grid was last allocated, for rdr_sfc_pty_release.
@@ -91,26 +71,6 @@ struct GridShape {
     int nx = 0, ny = 0;
 };
 GridShape pty_shape, data_shape;
-
-// The rows of each grid the picture will read; empty: every row.
-struct RowPlan {
-    std::vector<char> classes;
-    std::vector<char> values;
-};
-
-// On the fast road the grids hold only the rows the grid layer samples, so a zoomed or small
-// picture never touches the rest of a 2305 x 2881 grid (its cells would cost more than inflating
-// them). Every other row is one shared missing row: class 0, value -999.0, as cells the stream
-// did not give. The straightforward road, and a request without a canvas, read every row.
-RowPlan plan_rows(int ny)
-{
-    RowPlan plan;
-    if (STRAIGHTFORWARD || ny <= 0 || !canvas_size_of_request()) return plan;
-    plan.classes.assign((std::size_t)ny, 0);
-    plan.values.assign((std::size_t)ny, 0);
-    if (grid_rows_sampled(plan.classes.data(), plan.values.data()) < 0) return RowPlan();
-    return plan;
-}
 
 // A grid of ny rows of nx cells in which only the planned rows have cells of their own, left
 // for the reader to fill; never released, like every grid.
@@ -163,20 +123,16 @@ void read_classes(GridStream *s, ClassRule rule, int nx, int ny, const std::vect
     });
 }
 
-// Cells the stream did not fill are missing.
+// Cells the stream did not fill are missing. The values are formed in double precision.
 void read_values(GridStream *s, int nx, int ny, const std::vector<char> &rows)
 {
     data = rows.empty() ? matrix(0, ny - 1, 0, nx - 1) : planned_grid<float>(nx, ny, rows, MISSING_VALUE);
     data_shape = {!rows.empty(), nx, ny};
-    bool celsius = obs_is("TW");
+    double offset = product->value_offset;
     read_rows(s, ny, 2L * nx, rows, [&](int j, const unsigned char *row, long arrived) {
         float *out = data[j];
         int cells = (int)(arrived / 2);
-        // Two loops rather than a test per cell; the products are formed in double precision.
-        if (celsius)
-            for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01 - 200.0);
-        else
-            for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01);
+        for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01 + offset);
         std::fill(out + cells, out + nx, MISSING_VALUE);
     });
 }
@@ -195,61 +151,56 @@ void release_grid(T **&grid, const GridShape &shape, void (*free_rows)(T **, int
     grid = nullptr;
 }
 
-// One pass over the file for the request's grids: the product's grid and, with `rain_classes`,
-// before it the "RNSN" classes of the code block. `planned` reads only the rows the picture
-// samples (on the fast road). 0, or -1 when the file cannot be opened or its header is implausible.
-int read_grids(bool rain_classes, bool planned)
+// The request's grids from the stream's position after the header: with `marking`, first the
+// marking classes of the code block, then the product's block. Only the rows `plan` marks, when
+// it was made for this header.
+int read_blocks(GridStream *s, bool marking, const ROW_PLAN &given)
 {
-    grid_map_inf(var.map, &var.NX, &var.NY, &var.SX, &var.SY);
-    int nx = 0, ny = 0;
-    GridStreamPtr s = open_grid(&nx, &ny);
-    if (!s) return -1;
+    int nx = rdr_cmp_head.nx, ny = rdr_cmp_head.ny;
+    bool fits = ny > 0 && given.classes.size() == (std::size_t)ny && given.values.size() == (std::size_t)ny;
+    static const ROW_PLAN every_row;
+    const ROW_PLAN &plan = fits ? given : every_row;
     long N = (long)nx * ny;
-    RowPlan plan = planned ? plan_rows(ny) : RowPlan();
-    if (rain_classes) {
-        read_classes(s.get(), ClassRule::RNSN, nx, ny, plan.classes);
-        grid_stream_skip(s.get(), block_offset(N) - N);
-    } else {
-        grid_stream_skip(s.get(), block_offset(N));
+    long skip = product->block * N;
+    if (marking) {
+        read_classes(s, product->marking, nx, ny, plan.classes);
+        skip -= N;
     }
-    if (obs_is_class_product())
-        read_classes(s.get(), class_rule(), nx, ny, plan.classes);
+    grid_stream_skip(s, skip);
+    if (product->kind == ProductKind::Classes)
+        read_classes(s, product->rule, nx, ny, plan.classes);
     else
-        read_values(s.get(), nx, ny, plan.values);
+        read_values(s, nx, ny, plan.values);
     return 0;
 }
 
 }  // namespace
 
-bool obs_is(const char *code) { return std::strcmp(var.obs, code) == 0; }
-
-bool obs_is_class_product()
+int rdr_sfc_pty_get()
 {
-    return obs_is("RNEX") || std::strstr(var.obs, "RNSN") != nullptr || obs_is("AREA");
+    GRID_FILE file;
+    int got = open_grid(&file);
+    return got < 0 ? got : read_blocks(file.stream.get(), false, ROW_PLAN());
 }
 
-int rdr_sfc_pty_get() { return read_grids(false, false); }
-
-int rdr_sfc_pty_get_all()
+int rdr_sfc_pty_get_marking()
 {
-    // The rain products also need the rain/snow classes of the same file to mark light rain.
-    bool rain = obs_is("HSR") || obs_is("RN15X");
-    if (!STRAIGHTFORWARD) return read_grids(rain, true) < 0 ? 2 : 0;
+    RDR_CMP_HEAD before = rdr_cmp_head;
+    GRID_FILE file;
+    int got = open_grid(&file);
+    if (got < 0) return got;
+    read_classes(file.stream.get(), product->marking, rdr_cmp_head.nx, rdr_cmp_head.ny, {});
+    // A file replaced between the two reads could leave grids of two shapes; the grid layer
+    // indexes both with one header.
+    return rdr_cmp_head.nx == before.nx && rdr_cmp_head.ny == before.ny ? 0 : GRID_NOT_READ;
+}
 
-    int err = 0;
-    if (rdr_sfc_pty_get() < 0) err = 2;
-    if (rain) {
-        char obs[8];
-        copy_text(obs, sizeof obs, var.obs);
-        copy_text(var.obs, sizeof var.obs, "RNSN");
-        short nx = rdr_cmp_head.nx, ny = rdr_cmp_head.ny;
-        if (rdr_sfc_pty_get() < 0) err = 2;
-        // A file replaced between the two reads could leave grids of two shapes; the grid layer
-        // indexes both with one header.
-        if (rdr_cmp_head.nx != nx || rdr_cmp_head.ny != ny) err = 2;
-        copy_text(var.obs, sizeof var.obs, obs);
-    }
-    return err;
+int rdr_sfc_pty_open(GRID_FILE *file) { return open_grid(file); }
+
+int rdr_sfc_pty_read(GRID_FILE *file, const ROW_PLAN &plan)
+{
+    if (!file->stream) return GRID_NOT_READ;
+    return read_blocks(file->stream.get(), product->marking != ClassRule::None, plan);
 }
 
 void rdr_sfc_pty_release()

@@ -1,21 +1,22 @@
-// The terrain layer: heights of the 1 km terrain file shaded in three bands, only on pixels that
-// the grid layer painted with the first class colour (palette entry 0). Returns 0, or -1 when the
-// terrain file does not open (nothing is drawn then).
+// The terrain layer; see topo_disp.h.
+#include "topo_disp.h"
+
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "canvas.h"
+#include "color_table.h"
 #include "file_ptr.h"
 #include "le_bytes.h"
-#include "rdr_sfc_pty_img.h"
+#include "rdr_paths.h"
+#include "straightforward.h"
 #include "topo_grid.h"
-#include "zoom.h"
+#include "user_input.h"
+#include "view.h"
 
 namespace {
 
-constexpr int FIRST_BAND_SLOT = 151;
-constexpr int MAX_BANDS = 3;
+constexpr int MAX_BANDS = SLOT_TOPO_LAST - SLOT_TOPO_FIRST + 1;
 // Heights up to this many metres stay unshaded.
 constexpr float LOWEST_SHADED = 1.0f;
 constexpr long ROW_BYTES = 2L * TOPO_COLS;
@@ -54,13 +55,10 @@ const unsigned char *terrain_row(TerrainRows &t, int iy)
     return t.bytes.data();
 }
 
-// A terrain index from a km coordinate: truncation toward zero, -1 outside 0 .. limit - 1.
-int terrain_index(float v, int limit) { return (v > -1.0f && v < limit) ? (int)v : -1; }
-
 // The first band whose bound is above the height; heights above every bound take the last band.
 int band_colour(float ht, const int color_lvl[], const float data_lvl[], int last_slot)
 {
-    for (int k = FIRST_BAND_SLOT; k < last_slot; k++)
+    for (int k = SLOT_TOPO_FIRST; k < last_slot; k++)
         if (data_lvl[k] > ht) return color_lvl[k];
     return color_lvl[last_slot];
 }
@@ -69,14 +67,19 @@ struct Shading {
     const int *color_lvl;
     const float *data_lvl;
     int last_slot;
-    float dg;
-    ZoomView view;
-    float east;  // the terrain file's first point from the map's corner, km
+    float east;   // the map's corner from the terrain file's first point, km
+    float north;
 };
 
+// The last row and column of the file are never shown.
 int column_of(const Shading &s, int i)
 {
-    return terrain_index(i * s.dg / s.view.zm + s.view.ox + s.east, TOPO_COLS - 1);
+    return cell_index(view_x(view.terrain, view.km_per_px, i) + s.east, TOPO_COLS - 1);
+}
+
+int row_of(const Shading &s, int j)
+{
+    return cell_index(view_y(view.terrain, view.km_per_px, j) + s.north, TOPO_ROWS - 1);
 }
 
 // The band colour of a terrain point, or -1 when it stays unshaded.
@@ -111,7 +114,6 @@ void shade_row(gdImagePtr im, const Shading &s, const std::vector<int> &columns,
 
 int topo_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
 {
-    float dg = (float)var.NX / (float)var.NI;
     char path[RDR_PATH_CAP];
     FilePtr fp = open_file(topo_file_path(path, sizeof path), path, "rb");
     if (!fp) return -1;
@@ -121,17 +123,14 @@ int topo_disp(gdImagePtr im, int color_lvl[], float data_lvl[])
     int bands = var.num_color_topo < MAX_BANDS ? var.num_color_topo : MAX_BANDS;
     if (bands <= 0) return 0;
     // In double: a catalogue's origin may lie anywhere in the int range.
-    Shading s = {color_lvl, data_lvl, FIRST_BAND_SLOT + bands - 1, dg,
-                 zoom_view(var.NX - 1, var.NY - 1, zoom_rule_of_request()),
-                 (float)((double)TOPO_REF_EAST - var.SX)};
-    float north = (float)((double)TOPO_REF_NORTH - var.SY);
+    Shading s = {color_lvl, data_lvl, SLOT_TOPO_FIRST + bands - 1, (float)((double)TOPO_REF_EAST - var.SX),
+                 (float)((double)TOPO_REF_NORTH - var.SY)};
     std::vector<int> columns;
     if (!STRAIGHTFORWARD)
         for (int i = 0; i < var.NI; i++) columns.push_back(column_of(s, i));
 
-    // The last row and column of the file are never shown.
     for (int j = 1; j < var.NJ; j++) {
-        int iy = terrain_index(j * dg / s.view.zm + s.view.oy + north, TOPO_ROWS - 1);
+        int iy = row_of(s, j);
         if (iy >= 0) shade_row(im, s, columns, terrain_row(terrain, iy), j);
     }
     return 0;

@@ -1,5 +1,6 @@
-// The query string into the request record `var`, the data time, and the search back in
-// 5-minute steps for a grid file. user_input returns 0 when a file was found, -1 otherwise.
+// The query string into the request record; see user_input.h.
+#include "user_input.h"
+
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -7,10 +8,10 @@
 #include <string>
 
 #include "cgiutil.h"
-#include "rdr_sfc_pty_img.h"
 #include "seq_time.h"
 
 INPUT_VAR var;
+const PRODUCT *product = &product_of("");
 
 namespace {
 
@@ -131,8 +132,9 @@ int user_input()
     set_defaults(tm);
 
     const char *query = std::getenv("QUERY_STRING");
+    if (query) parse_query(query, tm);
+    product = &product_of(var.obs);
     if (!query) return -1;
-    parse_query(query, tm);
     var.grid = 0.5f;
 
     int YY, MM, DD, HH, MI, SS;

@@ -1,0 +1,35 @@
+// What each product code means to every room that draws or reads it: its kind, the block of the
+// grid file it comes from, how classes are formed and coloured, its colour file, unit, title and
+// threshold format. product_of is the only place that compares product codes.
+#ifndef PRODUCT_TABLE_H
+#define PRODUCT_TABLE_H
+
+// Classes come from the byte grid `pty`, values from the float grid `data`.
+enum class ProductKind { Classes, Values };
+
+// How a code byte (stations in the low, radar in the high 4 bits) becomes a class.
+enum class ClassRule { None, RNSN, RNSN1, RNSN2, RNEX, AREA };
+
+// The class table whose colours and names a class product shows.
+enum class ClassTable { RNEX, RNSN };
+
+struct PRODUCT {
+    const char *code;          // "" for the rows of codes the table does not know
+    ProductKind kind;
+    int block;                 // where its block starts, in grid sizes (nx x ny bytes) after the header
+    ClassRule rule;            // classes: the rule of each cell; values: none
+    ClassTable table;          // classes: the table of colours and names
+    ClassRule marking;         // values: classes that mark light rain (RNSN for the rain products)
+    double value_offset;       // values: a stored v is v x 0.01 + this
+    const char *color_file;    // values: the colour file under the colour directory; null for none
+    bool monthly_shift;        // values: the thresholds slide with the month of the data time
+    const char *unit;          // legend unit
+    const char *title;         // title band text, EUC-KR; "" for none
+    bool whole_thresholds;     // legend thresholds always without decimals; else one below 5
+};
+
+// The row of a product code: an exact match, else the row of unknown class products for a code
+// that contains "RNSN", else the row of unknown value products.
+const PRODUCT &product_of(const char *obs);
+
+#endif
