@@ -16,6 +16,7 @@
 #include "rdr_paths.h"
 #include "seq_time.h"
 #include "user_input.h"
+#include "view.h"
 
 STN_VAL stn_data[STN_MAX];
 
@@ -175,9 +176,7 @@ void mark_rain_sensors(std::FILE *fp, int tm, const FirstEntries &entries)
 // Only a duplicate's first entry can hold a sensor mark, so the first entry decides.
 void place_stations(std::FILE *fp, int tm, const FirstEntries &entries)
 {
-    lamc_parameter map = {6371.0088f, 1.0f, 30.0f, 60.0f, 126.0f, 38.0f, 0, 0, 0};
-    map.xo = (float)var.SX / map.grid;
-    map.yo = (float)var.SY / map.grid;
+    lamc_parameter map = map_projection();
 
     char line[LINE_CAP];
     while (next_row(line, fp)) {

@@ -44,6 +44,31 @@ const PRODUCT kUnknownValues = {"", K::Values, 0, R::None, T::RNSN, R::None, 0, 
 
 }  // namespace
 
+unsigned char class_of_code(ClassRule rule, unsigned char b)
+{
+    int A = b & 0x0f;
+    int R = b >> 4;
+    switch (rule) {
+    case ClassRule::RNSN: return (unsigned char)((A == 0 || (A == 1 && R >= 2)) ? R : A);
+    case ClassRule::RNSN1:
+        if (A == 0) return (unsigned char)R;
+        if (A == 1) return 1;
+        return (unsigned char)(R == 0 ? A : R);
+    case ClassRule::RNSN2: return (unsigned char)R;
+    case ClassRule::RNEX:
+        if (A >= 2) return R >= 2 ? 4 : 2;
+        if (R >= 2) return 3;
+        return R == 1 ? 1 : 0;
+    case ClassRule::AREA: return b;
+    case ClassRule::None: break;
+    }
+    return 0;
+}
+
+int product_count() { return (int)(sizeof kProducts / sizeof kProducts[0]); }
+
+const PRODUCT &product_at(int k) { return kProducts[k]; }
+
 const PRODUCT &product_of(const char *obs)
 {
     for (const PRODUCT &p : kProducts)

@@ -28,6 +28,14 @@ struct PRODUCT {
     bool whole_thresholds;     // legend thresholds always without decimals; else one below 5
 };
 
+// The class of a code byte (stations in the low, radar in the high 4 bits) by `rule`; 0 is no
+// class, and a rule of None gives 0 everywhere.
+unsigned char class_of_code(ClassRule rule, unsigned char b);
+
+// The products the table knows, in its order, for rooms that go through all of them.
+int product_count();
+const PRODUCT &product_at(int k);
+
 // The row of a product code: an exact match, else the row of unknown class products for a code
 // that contains "RNSN", else the row of unknown value products.
 const PRODUCT &product_of(const char *obs);

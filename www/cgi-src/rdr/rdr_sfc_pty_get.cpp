@@ -26,28 +26,6 @@ constexpr float MISSING_VALUE = -999.0f;
 // The fast road inflates this many bytes of rows at a time; the straightforward one a row.
 constexpr long CHUNK_BYTES = 256 * 1024;
 
-// A code byte holds the station class in its low and the radar class in its high 4 bits.
-unsigned char class_of(ClassRule rule, unsigned char b)
-{
-    int A = b & 0x0f;
-    int R = b >> 4;
-    switch (rule) {
-    case ClassRule::RNSN: return (unsigned char)((A == 0 || (A == 1 && R >= 2)) ? R : A);
-    case ClassRule::RNSN1:
-        if (A == 0) return (unsigned char)R;
-        if (A == 1) return 1;
-        return (unsigned char)(R == 0 ? A : R);
-    case ClassRule::RNSN2: return (unsigned char)R;
-    case ClassRule::RNEX:
-        if (A >= 2) return R >= 2 ? 4 : 2;
-        if (R >= 2) return 3;
-        return R == 1 ? 1 : 0;
-    case ClassRule::AREA: return b;
-    case ClassRule::None: break;
-    }
-    return 0;
-}
-
 // Looks the map up and opens the file past its header, which is kept in rdr_cmp_head.
 int open_grid(GRID_FILE *file)
 {
@@ -115,7 +93,7 @@ void read_classes(GridStream *s, ClassRule rule, int nx, int ny, const std::vect
     pty = rows.empty() ? cmatrix(0, ny - 1, 0, nx - 1) : planned_grid<unsigned char>(nx, ny, rows, 0);
     pty_shape = {!rows.empty(), nx, ny};
     unsigned char classes[256];
-    for (int b = 0; b < 256; b++) classes[b] = class_of(rule, (unsigned char)b);
+    for (int b = 0; b < 256; b++) classes[b] = class_of_code(rule, (unsigned char)b);
     read_rows(s, ny, nx, rows, [&](int j, const unsigned char *row, long) {
         // A local row pointer: stores through pty[j] could otherwise alias pty itself.
         unsigned char *out = pty[j];

@@ -78,6 +78,14 @@ void view_square_canvas(int size)
     var.GJ = size + TITLE_HEIGHT;
 }
 
+lamc_parameter map_projection()
+{
+    lamc_parameter map = {6371.0088f, 1.0f, 30.0f, 60.0f, 126.0f, 38.0f, 0, 0, 0};
+    map.xo = (float)var.SX / map.grid;
+    map.yo = (float)var.SY / map.grid;
+    return map;
+}
+
 ZoomRule zoom_rule_of_request()
 {
     if (var.zoom_rate == 3) return {3, 2, 9};

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "map_ini.h"
 #include "rdr_cmp_header.h"
 #include "user_input.h"
 
@@ -81,6 +82,10 @@ extern VIEW view;
 // Works out `view` and the canvas sizes in var (NI, NJ, GI, GJ) from the request, the map
 // extent and the grid header; returns 0, or -1 when no canvas can be made.
 int view_of_request(const RDR_CMP_HEAD &head);
+
+// The map's projection: Lambert conformal conic (30 and 60 N, origin 126 E 38 N) in km of the map
+// domain, the origin at (SX, SY); a fresh record, so the first conversion derives its constants.
+lamc_parameter map_projection();
 
 // A map position after the zoom (km from the view's corner, magnified) and its pixel column and
 // image row at `rate` pixels per km.
