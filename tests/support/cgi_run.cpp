@@ -119,17 +119,4 @@ uint32_t Picture::palette_rgb(int entry) const
 
 uint32_t Picture::rgb(int x, int y) const { return palette_rgb(index(x, y)); }
 
-std::vector<std::string> differing_pixels(const Picture &got, gdImagePtr expected)
-{
-    std::vector<std::string> diffs;
-    for (int y = 0; y < got.height() && diffs.size() < 10; y++) {
-        for (int x = 0; x < got.width() && diffs.size() < 10; x++) {
-            int e = gdImageGetPixel(expected, x, y);
-            uint32_t want = cgi::rgb(gdImageRed(expected, e), gdImageGreen(expected, e), gdImageBlue(expected, e));
-            if (got.rgb(x, y) != want) diffs.push_back(std::to_string(x) + "," + std::to_string(y));
-        }
-    }
-    return diffs;
-}
-
 }  // namespace cgi

@@ -49,9 +49,6 @@ private:
 
 inline uint32_t rgb(int r, int g, int b) { return (uint32_t)((r << 16) | (g << 8) | b); }
 
-// Pixels of a picture that differ from `expected` (same size assumed): "x,y" texts, at most 10.
-std::vector<std::string> differing_pixels(const Picture &got, gdImagePtr expected);
-
 }  // namespace cgi
 
 #endif

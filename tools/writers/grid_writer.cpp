@@ -31,23 +31,27 @@ bool write_bytes(const std::string &path, const std::string &bytes)
     return std::fwrite(bytes.data(), 1, bytes.size(), fp.get()) == bytes.size();
 }
 
+std::string gzip_bytes(const std::string &content, int level)
+{
+    z_stream z{};
+    // 15 + 16: a gzip header and trailer around the deflate stream.
+    if (deflateInit2(&z, level, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY) != Z_OK) return std::string();
+    std::string out(deflateBound(&z, content.size()), '\0');
+    // One call: the contents written here stay far below zlib's 32-bit counts.
+    z.next_in = (Bytef *)content.data();
+    z.avail_in = (uInt)content.size();
+    z.next_out = (Bytef *)&out[0];
+    z.avail_out = (uInt)out.size();
+    int status = deflate(&z, Z_FINISH);
+    out.resize(status == Z_STREAM_END ? z.total_out : 0);
+    deflateEnd(&z);
+    return out;
+}
+
 bool write_gzip(const std::string &path, const std::string &bytes, int level)
 {
-    if (path.empty() || !make_parent_dirs(path)) return false;
-    char mode[8];
-    std::snprintf(mode, sizeof mode, "wb%d", level);
-    gzFile f = gzopen(path.c_str(), mode);
-    if (!f) return false;
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        unsigned chunk = (unsigned)std::min<std::size_t>(bytes.size() - done, 1u << 20);
-        if (gzwrite(f, bytes.data() + done, chunk) != (int)chunk) {
-            gzclose(f);
-            return false;
-        }
-        done += chunk;
-    }
-    return gzclose(f) == Z_OK;
+    std::string z = gzip_bytes(bytes, level);
+    return !z.empty() && write_bytes(path, z);
 }
 
 bool write_map_catalogue(const std::vector<std::string> &lines)

@@ -14,6 +14,8 @@ namespace fixture {
 // Files: parent directories are made as needed. Each returns true on success.
 bool make_parent_dirs(const std::string &path);
 bool write_bytes(const std::string &path, const std::string &bytes);
+// A gzip stream of `content` (empty when zlib refuses), as the producer of the grid files writes it.
+std::string gzip_bytes(const std::string &content, int level = 6);
 bool write_gzip(const std::string &path, const std::string &bytes, int level = 6);
 
 // A path from one of the library's composers, which fill a buffer.

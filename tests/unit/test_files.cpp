@@ -1,0 +1,221 @@
+// The binary files under their readers: the hourly minute and QC files (slots, the cached open
+// file, failures and their messages, read-ahead, writing) and the grid stream's two inflaters,
+// which must give the same bytes for whole, joined, plain, cut and damaged files.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "fixture_tree.h"
+#include "grid_stream.h"
+#include "le_bytes.h"
+#include "rdr_paths.h"
+#include "station_writers.h"
+
+namespace {
+
+class Aws3Io : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        fixture::reset_root();
+        // The caches outlive a test; a file of a wiped tree must not serve the next one.
+        AWS3_DATA_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
+        AWS3_QCD_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
+    }
+    static std::string data_path(int HH) { return fixture::path_of(aws3_min_path, 2024, 7, 15, HH); }
+
+    // One station's minute with its rain indicator set to `rain`.
+    static fixture::MinuteSlot slot(int minute, int stn, int rain)
+    {
+        fixture::MinuteSlot s{minute, stn, fixture::minute_record(stn, 2024, 7, 15, 9, minute)};
+        s.record.d[7] = (int16_t)rain;
+        return s;
+    }
+    // The rain indicator read through the library, or its result times 1000.
+    static int rain_at(int HH, int MI, int stn)
+    {
+        AWS3_DATA r{};
+        int result = AWS3_DATA_IO(2024, 7, 15, HH, MI, stn, &r, 'r');
+        return result == 0 ? r.d[7] : result * 1000;
+    }
+    // The rain indicator of a record, written behind the library's back.
+    static void rewrite_rain(int HH, int MI, int stn, int16_t rain)
+    {
+        int fd = open(data_path(HH).c_str(), O_WRONLY);
+        ASSERT_EQ(pwrite(fd, &rain, 2, (off_t)(MI * 1840000LL + stn * 184 + 8 + 7 * 2)), 2);
+        close(fd);
+    }
+};
+
+TEST_F(Aws3Io, SlotsOfBothFilesAndArgumentsOutOfRange)
+{
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, {slot(59, 9999, 4), slot(0, 0, 3)}, true));
+    fixture::QcSlot last{59, 9999, {}};
+    last.record.qc[3] = 1u << 7;
+    ASSERT_TRUE(fixture::write_qc_hour(2024, 7, 15, 9, {last}, true));
+    // Station numbers where the file holds them, read without the library.
+    int fd = open(data_path(9).c_str(), O_RDONLY);
+    unsigned char b[4] = {0};
+    EXPECT_EQ(pread(fd, b, 2, 59LL * 1840000 + 9999 * 184), 2);
+    EXPECT_EQ(pread(fd, b + 2, 2, 59LL * 1840000 + 9998 * 184), 2);
+    EXPECT_EQ(lseek(fd, 0, SEEK_END), 60LL * 1840000);
+    close(fd);
+    EXPECT_EQ(le_i16(b), 9999);
+    EXPECT_EQ(le_i16(b + 2), -999);  // an empty slot
+
+    EXPECT_EQ(rain_at(9, 0, 0), 3);
+    EXPECT_EQ(rain_at(9, 59, 9999), 4);
+    AWS3_DATA r{};
+    ASSERT_EQ(AWS3_DATA_READ(2024, 7, 15, 9, 59, 9999, &r, 'r'), 0);
+    EXPECT_EQ(r.d[7], -995);  // flagged at QC level 3
+    std::vector<AWS3_DATA> block(AWS3_STN_SLOTS);  // the whole-minute form
+    ASSERT_EQ(AWS3_DATA_IO(2024, 7, 15, 9, 59, -1, block.data(), 'r'), 0);
+    EXPECT_EQ(block[9999].d[7], 4);
+    EXPECT_EQ(block[5].aws_id, -999);
+
+    struct AWS3_QCD q{};
+    struct Row { int got, want; } rows[] = {
+        {AWS3_DATA_IO(2024, 7, 15, 9, 0, 10000, &r, 'r'), -9}, {AWS3_QCD_IO(2024, 7, 15, 9, 0, 10000, &q, 'r'), -9},
+        {AWS3_QCD_IO(2024, 7, 15, 9, 0, -1, &q, 'r'), -9},     {AWS3_DATA_READ(2024, 7, 15, 9, 0, 10000, &r, 'r'), -1},
+        {AWS3_DATA_READ(2024, 7, 15, 9, 0, -1, &r, 'r'), -1},  {AWS3_DATA_IO(2024, 7, 15, 9, 0, 0, &r, 'x'), -1},
+        {AWS3_QCD_IO(2024, 7, 15, 9, 0, 0, &q, 'R'), -1},
+    };
+    for (const Row &row : rows) EXPECT_EQ(row.got, row.want) << &row - rows;
+}
+
+// A file replaced on disk while cached is still read from the open one, so a changed value shows
+// exactly when the accessor opened the file again. Reads in slot order come from the 64 KiB
+// fetched with the first; a read that goes back fetches afresh.
+TEST_F(Aws3Io, OneOpenPerHourAndReadAhead)
+{
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, {slot(59, 5, 1), slot(59, 6, 1), slot(59, 900, 1)}));
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 10, {slot(0, 5, 2)}));
+    auto replace_09 = [](int rain) {
+        ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 12, {slot(59, 5, rain)}));
+        ASSERT_EQ(std::rename(data_path(12).c_str(), data_path(9).c_str()), 0);
+    };
+    EXPECT_EQ(rain_at(9, 59, 5), 1);
+    rewrite_rain(9, 59, 6, 2);
+    rewrite_rain(9, 59, 900, 3);
+    EXPECT_EQ(rain_at(9, 59, 6), 1);    // ahead, inside the window
+    EXPECT_EQ(rain_at(9, 59, 900), 3);  // ahead, beyond it
+    EXPECT_EQ(rain_at(9, 59, 6), 2);    // back
+    replace_09(3);
+    EXPECT_EQ(rain_at(9, 59, 5), 1);  // still the file opened first
+    EXPECT_EQ(rain_at(10, 0, 5), 2);
+    EXPECT_EQ(rain_at(9, 59, 5), 3);  // the hour came back: opened again
+    replace_09(4);
+    EXPECT_EQ(AWS3_DATA_IO(0, 0, 0, 0, 0, 0, nullptr, 'c'), 0);
+    EXPECT_EQ(rain_at(9, 59, 5), 4);
+    // A missing hour caches nothing: the next call opens again and finds the file.
+    EXPECT_EQ(rain_at(11, 0, 5), -1000);
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 11, {slot(0, 5, 6)}));
+    EXPECT_EQ(rain_at(11, 0, 5), 6);
+}
+
+TEST_F(Aws3Io, FailuresTheirMessagesAndWriting)
+{
+    char *text = nullptr;
+    std::size_t size = 0;
+    fp_log = open_memstream(&text, &size);
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, {slot(2, 5, 1)}));
+    AWS3_DATA r{};
+    EXPECT_EQ(AWS3_DATA_READ(2024, 7, 15, 9, 2, 5, &r, 'r'), 0);  // no QC file: the data as read
+    EXPECT_EQ(r.d[7], 1);
+    EXPECT_EQ(AWS3_DATA_READ(2024, 7, 15, 8, 2, 5, &r, 'r'), -1);
+    EXPECT_EQ(rain_at(9, 3, 7), -4000);   // beyond the end of the file
+    EXPECT_EQ(rain_at(9, -1, 7), -3000);  // before its start
+    EXPECT_EQ(rain_at(9, 2, 5), 1);       // the file stayed open
+    std::fclose(fp_log);
+    fp_log = nullptr;
+    EXPECT_EQ(std::string(text, size),
+              "#[ AWS3 QCD ] File not opened (" + fixture::path_of(aws3_qcd_path, 2024, 7, 15, 9) + ")\n" +
+                  "#[ AWS3 DATA ] File not opened (" + data_path(8) + ")\n#[ AWS3 DATA ] IO error (r,202407150903_7)\n" +
+                  "#[ AWS3 DATA ] fseek error (" + data_path(9) + ",-1838712)\n");
+    std::free(text);
+
+    fixture::MinuteSlot s = slot(2, 5, 9);
+    EXPECT_EQ(AWS3_DATA_IO(2024, 7, 15, 9, 2, 5, &s.record, 'w'), 0);
+    EXPECT_EQ(rain_at(9, 2, 5), 9);
+    EXPECT_EQ(rain_at(9, 1, 5), -999);
+    // Writing never creates a file: the producer of the observations does.
+    EXPECT_EQ(AWS3_DATA_IO(2024, 7, 15, 13, 1, 20, &s.record, 'w'), -1);
+}
+
+// Compressible like a grid: runs of one byte with a sprinkle of noise.
+std::string content(std::size_t n)
+{
+    std::string s(n, '\0');
+    uint32_t x = 12345;
+    for (std::size_t i = 0; i < n; i++) {
+        x = x * 1103515245u + 12345u;
+        s[i] = (char)((i / 700) % 5 + ((x >> 16) % 13 == 0 ? (x >> 8) & 0xff : 0));
+    }
+    return s;
+}
+
+// A header-sized read, an optional skip, then reads of `chunk` bytes to the end: the bytes and
+// the size of every read.
+std::pair<std::string, std::vector<long>> read_all(const std::string &path, Inflater inflater, long skip, long chunk)
+{
+    std::pair<std::string, std::vector<long>> r;
+    GridStreamPtr s = grid_stream_open(path.c_str(), inflater);
+    std::vector<char> buf((std::size_t)chunk);
+    for (long got = s ? grid_stream_read(s.get(), buf.data(), 64) : 0; got > 0;
+         got = grid_stream_read(s.get(), buf.data(), chunk)) {
+        r.second.push_back(got);
+        r.first.append(buf.data(), (std::size_t)got);
+        if (r.second.size() == 1) grid_stream_skip(s.get(), skip);
+    }
+    return r;
+}
+
+std::string gzip(const std::string &path, const std::string &bytes, int level)
+{
+    EXPECT_TRUE(fixture::write_gzip(path, bytes, level));
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+TEST(GridStream, IsalGivesZlibsBytesWholeJoinedPlainCutAndDamaged)
+{
+    if (!grid_has_isal()) GTEST_SKIP() << "built without ISA-L";
+    fixture::reset_root();
+    const std::string path = fixture::grid_path(2024, 7, 15, 9, 30), text = content(700000);
+    std::string whole = gzip(path, text, 6), two = gzip(path, text.substr(0, 333333), 1) + gzip(path, text.substr(333333), 9);
+    std::vector<std::pair<std::string, std::string>> files = {
+        {"level 0", gzip(path, text, 0)}, {"level 9", gzip(path, text, 9)}, {"two members", two},
+        {"trailing bytes", whole + "junk after the member"}, {"not compressed", text}, {"one byte", "\x1f"},
+        {"empty", ""}, {"cut in the trailer", whole.substr(0, whole.size() - 3)}};
+    for (std::size_t cut : {1, 2, 5, 10, 11, 20}) files.push_back({"cut", whole.substr(0, cut)});
+    for (std::size_t k = 1; k < 40; k += 3) files.push_back({"cut", whole.substr(0, whole.size() * k / 40 + k)});
+    for (const auto &f : files) {
+        ASSERT_TRUE(fixture::write_bytes(path, f.second));
+        for (long skip : {0L, 100001L})
+            for (long chunk : {2305L, 262144L})
+                EXPECT_TRUE(read_all(path, Inflater::Zlib, skip, chunk) == read_all(path, Inflater::Isal, skip, chunk))
+                    << f.first << " " << f.second.size() << ", skip " << skip << ", chunk " << chunk;
+    }
+    ASSERT_TRUE(fixture::write_bytes(path, two));
+    EXPECT_TRUE(read_all(path, Inflater::Isal, 0, 4096).first == text);  // the whole content, and only it
+
+    // Where data break the inflaters may stop at different places, so one may give a few bytes
+    // more; what both give is the same, the undamaged start arrived and the damaged end did not.
+    std::string flipped = whole;
+    for (std::size_t i = flipped.size() / 2; i < flipped.size(); i += 97) flipped[i] = (char)(flipped[i] ^ 0x5a);
+    for (const std::string &file : {flipped, gzip(path, text.substr(0, 100000), 6) + "\x1f\x8b" + "not a member"}) {
+        ASSERT_TRUE(fixture::write_bytes(path, file));
+        std::string z = read_all(path, Inflater::Zlib, 0, 2305).first, i = read_all(path, Inflater::Isal, 0, 2305).first;
+        EXPECT_EQ(z.compare(0, std::min(z.size(), i.size()), i, 0, std::min(z.size(), i.size())), 0);
+        EXPECT_EQ(i.compare(0, 100000, text, 0, 100000), 0);
+        EXPECT_LT(i.size(), text.size());
+    }
+}
+
+}  // namespace
