@@ -114,8 +114,11 @@ fixture::Terrain terrain()
     fixture::Terrain t;
     const int16_t stored[] = {10, 11, 1000, 4999, 5000, 32767, 30000, 30000};
     for (int k = 0; k < 8; k++) t.at(790, 520 + 10 * k) = stored[k];
-    t.at(797, 524) = 11;  // under the zoom below
+    t.at(797, 524) = 11;  // under the zooms below
     t.at(798, 525) = 1000;
+    t.at(797, 535) = 11;
+    t.at(797, 534) = 1000;
+    t.at(790, 1151) = t.at(790, 1152) = t.at(1439, 550) = t.at(1440, 550) = 1000;  // the last column and row
     t.at(790, 553) = 255;  // the low byte of a value that a file cut after it must not show
     return t;
 }
@@ -192,13 +195,13 @@ TEST(Pictures, GridLayer)
         {"own colour marks", layer_tree, kLayer + "obs=HSR&rnexdisp=2", kLayerPicture, blocks(py(75), {kOwn, kOwn, kOwn, kOwn, kOwn, kC0, kC0, kC0, kC0, kC1})},
         {"RN15X of 0.0 marks", layer_tree, kLayer + "obs=RN15X&rnexdisp=2", kLayerPicture, blocks(py(75), {kOwn, kOwn, kOwn, kOwn, kOwn, kC0, kC0, kC0, kC0, kOwn})},
         // Pixel 39 lies at x 19.5 between cell 19 (1.0) and 20 (3.0): 19.95 takes cell 19 for the
-        // nearest, 2.0 blended is on the bound of class 1. Cell (30, 101) missing spoils the blend
+        // nearest, 2.0 blended is on the bound of class 1, also half a cell up. Cell (30, 101) missing spoils the blend
         // of the pixel below it; the last column and row are only second corners.
         {"nearest", layer_tree, kLayer + "obs=HSR&rnexdisp=0", kLayerPicture,
          {table::px(39, py(100), kC0), table::px(41, py(100), kC2), table::px(px(30), py(100), kC2),
           table::px(px(99), py(100), kC2), table::px(px(50), py(119), kC2)}},
         {"bilinear", layer_tree, kLayer + "obs=HSR&rnexdisp=0&griddisp=1", kLayerPicture,
-         {table::px(39, py(100), kC1), table::px(37, py(100), kC0), table::px(px(30), py(100), B),
+         {table::px(39, py(100), kC1), table::px(39, py(100) - 1, kC1), table::px(37, py(100), kC0), table::px(px(30), py(100), B),
           table::px(px(30), py(102), kC2), table::px(px(99), py(100), B), table::px(px(98) + 1, py(100), kC2),
           table::px(px(50), py(119), B)}},
     });
@@ -240,6 +243,14 @@ TEST(Pictures, TerrainAndOutlines)
         // Terrain zooms over 99 x 119 km: corner (12.375, 14.875), so pixel (10, GJ - 12) samples
         // (524.875, 797.875), not the (525, 798) that 100 x 120 would give.
         {"zoomed terrain", terrain_tree, q + "T&zoom_level=1&zoom_x=2&zoom_y=2", kLayerPicture, {table::px(10, 248, kLow)}},
+        // Thirds of the width: the corner 2 x 99 / 8 = 24.75 km in, so pixel 1 samples column 535.
+        {"zoomed terrain, thirds", terrain_tree, q + "T&zoom_level=1&zoom_x=3&zoom_y=2", kLayerPicture, {table::px(1, 248, kLow)}},
+        // The origin moved to 500 km west (south) of the map puts terrain column 1152 at pixel 184
+        // (row 1440 at image row 60), in view but never shown.
+        {"the terrain's last column", terrain_tree, q + "T", kLayerPicture, {table::px(182, 240, kMid), table::px(184, 240, kWhite)},
+         [] { fixture::write_simple_catalogue(100, 120, -500, 60); }},
+        {"the terrain's last row", terrain_tree, q + "T", kLayerPicture, {table::px(80, 62, kMid), table::px(80, 60, kWhite)},
+         [] { fixture::write_simple_catalogue(100, 120, 50, -500); }},
         // A file cut inside row 790, after the low byte of column 553 (pixel 86): what it holds
         // is shaded, half a value is no value, and nothing after it.
         {"cut terrain file", terrain_tree, q + "T", kLayerPicture,
@@ -394,9 +405,9 @@ void numbered_stations()
     station_map();
     std::vector<fixture::StationListRow> list;
     std::vector<fixture::SensorRow> sensors;
-    std::vector<fixture::PositionRow> positions = {{102, 126.0, 39.0}, {103, 126.02, 38.5}, {101}, {104}};
-    fixture::lonlat_of_km(625.5f, 625.5f, 500, 500, &positions[2].lon, &positions[2].lat);
-    fixture::lonlat_of_km(300.5f, 700.5f, 500, 500, &positions[3].lon, &positions[3].lat);
+    std::vector<fixture::PositionRow> positions = {{101}, {104}, {102, 126.0, 39.0}, {103, 126.02, 38.5}};
+    fixture::lonlat_of_km(625.5f, 625.5f, 500, 500, &positions[0].lon, &positions[0].lat);
+    fixture::lonlat_of_km(300.5f, 700.5f, 500, 500, &positions[1].lon, &positions[1].lat);
     for (int k = 0; k < 5; k++) {
         fixture::Station s = at_pixel(kNumbered[k], 100 + 50 * k, 300);
         positions.push_back({s.list.stn_id});
@@ -406,7 +417,8 @@ void numbered_stations()
     ASSERT_TRUE(fixture::write_station_list(list) && fixture::write_sensor_list(sensors) && fixture::write_position_list(positions));
 }
 // 201 raining 12 tenths a quarter hour (4.8 mm/h) with wind from the north at 12.3 m/s, 202 dry
-// ("0"), 203 without values, 204 and 205 with 0.2 and 0.1 m/s; 206 with a name of 17 syllables.
+// ("0"), 203 with wind of 5.5 m/s but no values, 204 and 205 with 0.2 and 0.1 m/s; 206 with a
+// name of 17 syllables.
 void observed_stations()
 {
     station_map();
@@ -414,7 +426,7 @@ void observed_stations()
     for (int k = 0; k < 15; k++) long_name.list.name += "\xb0\xad";
     ASSERT_TRUE(fixture::write_station_catalogues({at_pixel(201, 100, 200), at_pixel(202, 300, 200), at_pixel(203, 100, 400),
                                                    at_pixel(204, 300, 400), at_pixel(205, 400, 400), long_name}, 500, 500));
-    observe({{201, 67, 12, 68, 77, 69, 55, 65, 0, 66, 123}, {202, 67, 0}, {204, 65, 0, 66, 2}, {205, 65, 0, 66, 1}});
+    observe({{201, 67, 12, 68, 77, 69, 55, 65, 0, 66, 123}, {202, 67, 0}, {203, 65, 0, 66, 55}, {204, 65, 0, 66, 2}, {205, 65, 0, 66, 1}});
 }
 
 const std::string kStations = "obs=RNSN&tm=202407150955&size=500&legend=0&";
@@ -439,18 +451,23 @@ TEST(Pictures, Stations)
                     picture(500, 520),
                     {disc(125, 395, kRed), table::px(2, 412, kBackground), table::px(3, 412, kBackground),
                      table::px(1, 466, kRed), table::px(3, 466, kRed), table::px(5, 466, kDisc)}});
+    rows.push_back({"a single station, zoomed", numbered_stations, kStations + "aws=11&zoom_level=3&zoom_rate=2&zoom_x=50&zoom_y=50",
+                    picture(500, 520), {disc(125, 395, kRed)},
+                    [] { ASSERT_TRUE(fixture::write_station_catalogues({{{101}, 625.5f, 625.5f}}, 500, 500)); }});
     rows.push_back({"unzoomed view", numbered_stations, kStations + "aws=11&zoom_level=3", picture(500, 520),
                     {disc(312, 208, kRed), disc(150, 170, kRed)}});
     // Wind from the north at 12.3 m/s: a 30-pixel shaft straight up, barbs of 20, 20 and 9.2
     // pixels from 30, 25 and 20 pixels up, turned 60 degrees clockwise (a 20-pixel barb ends 17
     // right and 10 up); 0.2 m/s stored as a float is above 0.2 and draws one, 0.1 does not.
+    // 203's 5.5 m/s make a full barb and one of 2 pixels 25 pixels up.
     std::vector<Check> barbs = {disc(100, 200, kBlue), disc(300, 200, kRed), disc(100, 400, kRed),
                                 text(gdFontGetLarge(), 90, 203, "4.8", kBlack, kBackground, 1, 2),
                                 text(gdFontGetLarge(), 297, 203, "0", kBlack, kBackground, 1, 2),
                                 ink(90, 405, 140, 418, kBackground, 0, 0), table::px(100, 169, kBackground),
                                 table::px(117, 160, kBlack), table::px(117, 165, kBlack), table::px(107, 175, kBlack),
                                 table::px(117, 170, kBackground), table::px(118, 164, kBackground), table::px(108, 174, kBackground),
-                                table::px(300, 380, kBlack), table::px(400, 380, kBackground), table::px(300, 180, kBackground)};
+                                table::px(300, 380, kBlack), table::px(400, 380, kBackground), table::px(300, 180, kBackground),
+                                table::px(117, 360, kBlack), table::px(101, 374, kBlack)};  // 203: a barb of 0.5 m/s, 2 pixels
     for (int up = 5; up <= 30; up += 5) barbs.push_back(table::px(100, 200 - up, kBlack));
     rows.push_back({"values and barbs", observed_stations, kStations + "aws=8&zoom_level=3", picture(500, 520), barbs});
     // Labels by mode: the name (TrueType, cut to whole syllables), the number or a value of 201.
@@ -460,7 +477,8 @@ TEST(Pictures, Stations)
     for (const Mode &m : modes) {
         std::vector<Check> checks = {disc(100, 200, kBlue), table::px(100, 180, m.barb ? kBlack : kBackground)};
         if (!m.label)
-            checks.push_back(ink(90, 205, 140, 218, kBackground, 21, 10000)), checks.push_back(ink(190, 105, 240, 118, kBackground, 21, 10000));
+            checks.insert(checks.end(), {ink(90, 205, 140, 218, kBackground, 21, 10000), ink(290, 105, 306, 118, kBackground, 21, 10000),
+                                         ink(312, 100, 340, 120, kBackground, 0, 0)});  // 206: nine syllables, no more
         else if (!*m.label)
             checks.push_back(ink(90, 205, 140, 218, kBackground, 0, 0));
         else
@@ -504,6 +522,20 @@ TEST(Pictures, AnswersAndErrorPictures)
         rows.push_back({obs, spine_tree, std::string("tm=202401151237&size=700&obs=") + obs, picture(735, 797),
                         {table::px(699, 796, kFrame), table::px(0, 400, kFrame)}});
     run_rows(rows);
+}
+
+// A picture the graphics library cannot make (here for want of memory) ends the process with
+// status 1 after the status line and one line on standard error.
+TEST(Pictures, AnImageThatCannotBeMadeEndsWithStatus1)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer reserves more address space than the limit leaves";
+#endif
+    spine_tree();
+    cgi::Answer a = cgi::run("obs=RNSN&tm=202401151225&size=7000", 30000, "UTC0", RDR_PROGRAM, 48LL << 20);
+    EXPECT_EQ(a.exit_status, 1);
+    EXPECT_EQ(a.out, "HTTP/1.0 200 OK\n");
+    EXPECT_EQ(a.err, "rdr_sfc_pty_img: cannot create a 7035 x 7797 image\n");
 }
 
 }  // namespace

@@ -23,8 +23,10 @@ struct Answer {
 };
 
 // Runs the program (or another build of it) with QUERY_STRING set to `query` (unset when `query`
-// is null), TZ "UTC0" unless `tz` says otherwise, and a time limit.
-Answer run(const char *query, int timeout_ms = 30000, const char *tz = "UTC0", const char *program = RDR_PROGRAM);
+// is null), TZ "UTC0" unless `tz` says otherwise, a time limit and, when given, a limit of its
+// address space in bytes.
+Answer run(const char *query, int timeout_ms = 30000, const char *tz = "UTC0", const char *program = RDR_PROGRAM,
+           long long address_space = 0);
 
 // A decoded PNG.
 class Picture {

@@ -299,7 +299,7 @@ TEST(KoreanText, ConversionAndWholeCharacterCuts)
     for (int k = 0; k < 15; k++) hangul += "\xb0\xad";
     struct Cut { std::string text; std::size_t bytes, utf8, want; } cuts[] = {
         {hangul, 29, 29, 18}, {"AB" + hangul, 29, 29, 20}, {"A" + hangul, 29, SIZE_MAX, 29},
-        {"\x9f\x41\x9f\x41", 29, 7, 2}, {"\xa0\x41\xa0\x41", 29, 7, 4}, {"AB\xb0", 29, 29, 2},
+        {"\x9f\x41\x9f\x41", 29, 7, 2}, {"\xa0\x41\xa0\x41", 29, 7, 4}, {"\x80\x41\x80\x41", 29, 5, 2}, {"AB\xb0", 29, 29, 2},
     };
     for (const Cut &c : cuts) EXPECT_EQ(euckr_whole_prefix(c.text.c_str(), c.bytes, c.utf8), c.want) << c.text;
 }

@@ -205,7 +205,8 @@ TEST_F(GridReader, BlocksRulesScalingAndTheRainProductsClasses)
         }
     }
     EXPECT_EQ(var.NX * 1000 + var.SY, 100060);
-    rdr_sfc_pty_release();
+    ASSERT_EQ(read("HSR"), 0);
+    rdr_sfc_pty_release();  // both grids of a rain product
     EXPECT_TRUE(data == nullptr && pty == nullptr);
 }
 
@@ -315,18 +316,19 @@ TEST(StationCatalogue, ValidityAgencyKindAndLineRules)
 {
     fixture::reset_root();
     std::vector<StationListRow> rows = {
-        {101}, {102}, {103}, {104}, {105, "SA", "TEV"}, {106, "SA", "TEV:GFR"}, {107, "SA", ""}, {108, "SA", "QXZ"},
+        {101}, {102}, {103}, {104}, {105, "SA", "TEV"}, {106, "SA", "TEV:GFR"}, {107, "SA", ""}, {108, "SA", "QXZ"}, {109},
         {110, "SZ"}, {111, "SO"}, {112, "PA"}, {113, "AB"}, {114, "SB"}, {115, "S"}, {116, "SZX"}, {117, "SA", "TEV:GFRXYZ"},
     };
     rows[1].tm2 = "202407150930";  // ends at 09:30: still the hour of 09:45
     rows[2].tm1 = "202407151000";
     rows[3].tm2 = "202407150859";
+    rows[8].tm1 = "202407150959";  // starts in the hour of 09:45: valid
     std::string text = "stn_id,tm_ed,tm_st,name,-,kind,-,gov,-\n\n" + fixture::lines_of(rows, fixture::station_list_line);
     text += "118,210012312359,200001010000,N,-,SA,-,GFR\n";  // the agency keeps its line feed
     text += "130," + std::string(995, 'x') + fixture::station_list_line({131});  // the rest of a long line is dropped
     ASSERT_TRUE(fixture::write_station_list_text(text));
     sensors_and_positions(101, 131);
-    EXPECT_EQ(load_stations(), (std::vector<int>{101, 102, 105, 106, 107, 114, 115, 116, 117}));
+    EXPECT_EQ(load_stations(), (std::vector<int>{101, 102, 105, 106, 107, 109, 114, 115, 116, 117}));
     const STN_VAL &s = stn_data[0];
     EXPECT_EQ(std::string(s.stn_ko) + "|" + s.gov_cd + "|" + s.stn_sp, "\xbc\xad\xbf\xef|GFR|SA");
     EXPECT_NEAR(s.x, 560 + 86.2349, 0.001);  // (127 E, 37.5 N) from the origin at (560, 840)
@@ -334,7 +336,7 @@ TEST(StationCatalogue, ValidityAgencyKindAndLineRules)
     EXPECT_EQ(s.ht, 50.0f);
     EXPECT_EQ(std::vector<double>({(double)s.re, (double)s.rn_15x, (double)s.re_ok, (double)s.re_base, s.d}),
               std::vector<double>({-999, -999, 0, 0, -999}));
-    EXPECT_STREQ(stn_data[8].gov_cd, "TEV:GFR");  // cut to its 8 bytes, then accepted
+    EXPECT_STREQ(stn_data[9].gov_cd, "TEV:GFR");  // cut to its 8 bytes, then accepted
 }
 
 TEST(StationCatalogue, SensorsPositionsDuplicatesAndTheSquare)
