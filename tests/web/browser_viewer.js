@@ -53,6 +53,10 @@ async function drive(page) {
   });
   const pageErrors = [];
   page.on('pageerror', (err) => pageErrors.push(err.message));
+  // Every request the page makes succeeds (the icon too); a picture replaced while loading is aborted.
+  const failed = [];
+  page.on('response', (r) => r.status() >= 400 && failed.push(`${r.status()} ${r.url()}`));
+  page.on('requestfailed', (r) => r.failure().errorText !== 'net::ERR_ABORTED' && failed.push(r.url()));
 
   await page.goto(base);
   let request = await shownRequest(page);
@@ -150,6 +154,7 @@ async function drive(page) {
   request = await shownRequest(page, request);
   check('the new latest time', request, { tm: '202401151240', x1: '50' });
   assert.deepEqual(pageErrors, [], 'errors in the page');
+  assert.deepEqual(failed, [], 'failed requests');
   console.log('browser: every check held; screenshots in ' + shotDir);
 }
 
