@@ -104,31 +104,6 @@ TEST(Lamcproj, WorkedValuesRoundTripsAndTheCache)
     EXPECT_EQ(other.first, 1);
 }
 
-// An independent implementation (cs2cs of Debian's proj-bin, same ellipsoid) over the whole map.
-TEST(Lamcproj, AgreesWithAnIndependentImplementation)
-{
-    std::string points, ellipsoid = " +a=6378138 +rf=298.257223563 +no_defs";
-    for (float lon = 118; lon <= 136; lon += 1.5f)
-        for (float lat = 28; lat <= 46; lat += 1.5f) points += std::to_string(lon) + " " + std::to_string(lat) + "\n";
-    std::string command = "printf '" + points + "' | cs2cs -f %.6f +proj=longlat" + ellipsoid +
-                          " +to +proj=lcc +lat_1=30 +lat_2=60 +lon_0=126 +lat_0=38 +units=km" + ellipsoid;
-    FILE *out = popen(command.c_str(), "r");
-    ASSERT_NE(out, nullptr);
-    lamc_parameter map = korea();
-    int n = 0;
-    double ex, ey, ez;
-    for (float lon = 118; lon <= 136; lon += 1.5f)
-        for (float lat = 28; lat <= 46; lat += 1.5f, n++) {
-            ASSERT_EQ(std::fscanf(out, "%lf %lf %lf", &ex, &ey, &ez), 3) << "cs2cs (proj-bin) gave too little";
-            float lo = lon, la = lat, x, y;
-            lamcproj_ellp(&lo, &la, &x, &y, 0, &map);
-            EXPECT_NEAR(x, ex, 0.001) << lon << "," << lat;
-            EXPECT_NEAR(y, ey, 0.001) << lon << "," << lat;
-        }
-    EXPECT_EQ(pclose(out), 0);
-    EXPECT_EQ(n, 169);
-}
-
 TEST(TextReaders, GetwordReadIntCopyText)
 {
     char line[64] = "HR:1000::600\r\n";
