@@ -142,10 +142,9 @@ async function desk(page) {
   await page.click('#copy');
   await page.waitForFunction(() => /copied/.test(document.getElementById('copy').textContent));
   const shared = await page.evaluate(() => navigator.clipboard.readText());
-  assert.equal(shared, page.url());
+  assert.equal(shared, page.url(), 'the page\'s address on the clipboard');
   const second = await page.context().newPage();
-  await step(second, 'the shared address', () => second.goto(shared));
-  assert.equal(await text(second, 'request'), request, 'the shared address restores the request');
+  assert.equal(await step(second, 'the shared address', () => second.goto(shared)), request);
   await second.close();
 
   // The served list of times is rewritten as files arrive; the page at the latest time follows.

@@ -13,8 +13,7 @@ const v = require(path.join(__dirname, '..', '..', 'web', 'viewer.js'));
 const program = process.env.RDR_VIEWER_CONFIG;
 const cfg = JSON.parse(execFileSync(program, [], { encoding: 'utf8' }));
 const HR = { nx: 100, ny: 120, xo: 50, yo: 60 };
-const halves = cfg.zoomRules[2];
-const thirds = cfg.zoomRules[3];
+const [halves, thirds] = [cfg.zoomRules[2], cfg.zoomRules[3]];
 const geom600 = v.canvasGeometry(cfg, HR, 600, true);
 
 test('canvas size follows the program, single precision included; fit is the largest that fits', () => {
