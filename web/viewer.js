@@ -342,7 +342,6 @@ const LOOP_SPEEDS = [['느림 / slow', 1000], ['보통 / normal', 500], ['빠름
 const LOOP_RANGES = [['hour', '최근 1시간 / last hour'], ['all', '전체 / all times'], ['12', '최근 12장 / last 12'],
   ['24', '최근 24장 / last 24'], ['72', '최근 72장 / last 72']];
 const LOOP_HOLD_MS = 1500;
-const FALLBACK_CGI = '/cgi-bin/rdr_sfc_pty_img';
 
 // What a click or tap on the map can do; the page's clickActions holds what each does, so a new
 // mode is one entry here and one there.
@@ -492,15 +491,16 @@ function startViewer() {
     return geom && img.naturalWidth === geom.GI && img.naturalHeight === geom.GJ ? geom : null;
   };
 
+  // The picture's colours, read once per picture that has arrived.
   function colourAt(column, row) {
     const img = el.picture;
-    if (!page.pixels || page.pixels.src !== img.currentSrc) {
+    if (!page.pixels) {
       const canvas = document.createElement('canvas');
       canvas.width = img.naturalWidth;
       canvas.height = img.naturalHeight;
       const context = canvas.getContext('2d', { willReadFrequently: true });
       context.drawImage(img, 0, 0);
-      page.pixels = { src: img.currentSrc, width: canvas.width, data: context.getImageData(0, 0, canvas.width, canvas.height).data };
+      page.pixels = { width: canvas.width, data: context.getImageData(0, 0, canvas.width, canvas.height).data };
     }
     const k = (row * page.pixels.width + column) * 4;
     return [0, 1, 2].map((c) => page.pixels.data[k + c]);
@@ -509,7 +509,7 @@ function startViewer() {
   // The read-out of a pixel: where it is on the earth and what its colour stands for.
   function readOut(column, row) {
     const geom = shownGeometry();
-    if (!geom || column < 0 || row < geom.GJ - geom.NJ || column >= geom.GI || row >= geom.GJ) {
+    if (!geom || !el.picture.complete || column < 0 || row < geom.GJ - geom.NJ || column >= geom.GI || row >= geom.GJ) {
       el.readout.textContent = '';
       return;
     }
@@ -706,6 +706,7 @@ function startViewer() {
     });
     el.picture.addEventListener('load', () => {
       el.picture.dataset.shown = el.picture.getAttribute('src');
+      page.pixels = null;
       say(pictureStatus());
       drawOverlay();
     });
@@ -772,7 +773,7 @@ function startViewer() {
   }
 
   function build(cfg) {
-    page.cfg = { ...cfg, cgi: cfg.cgi || FALLBACK_CGI };
+    page.cfg = cfg;
     const codes = Object.keys(cfg.maps);
     fillSelect(el.obs, cfg.products.map((p) => [p.code, `${p.title} (${p.code})`]));
     fillSelect(el.map, codes.map((code) => [code, `${code} (${cfg.maps[code].nx} × ${cfg.maps[code].ny} km)`]));
