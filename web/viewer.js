@@ -1,59 +1,32 @@
 // The viewer page: builds the map program's requests from the page's state, keeps that state in
-// the address's hash so a view can be shared, and turns clicks on the picture into zoom digits or
-// section points. The arithmetic on top is pure (node runs it in the tests); the page part at the
-// bottom starts only in a browser.
+// the address's hash (one history entry per change of view), turns clicks and taps on the picture
+// into zoom digits or section points, reads out the map position and colour class under the
+// pointer, and plays preloaded loops. Every table it needs (products, colours, zoom rules, canvas
+// constants, the time search, projection, maps, times) comes from viewer-config.json, which
+// rdr_viewer_config prints from the program's own rooms. The arithmetic on top is pure (node runs
+// it in the tests); the page part at the bottom starts only in a browser.
 'use strict';
 
-const PRODUCTS = [
-  ['RNEX', '실황 강수영역'],
-  ['RNSN', '실황 눈비영역'],
-  ['RNSN1', '실황 눈비영역(최적)'],
-  ['RNSN2', '실황 눈비영역(레이더)'],
-  ['AREA', '눈비가능영역'],
-  ['TW', '실황 습구온도'],
-  ['RN15X', 'AWS 강수(15분)*4'],
-  ['HSR', '실황 레이더'],
-];
-
-const STATION_MODES = [
-  [0, '없음 / none'],
-  [1, '지점명 / names'],
-  [2, '지점번호 / numbers'],
-  [3, '15분 강수×4 / 15-min rain ×4'],
-  [4, '요소 68 / element 68'],
-  [5, '요소 69 / element 69'],
-  [6, '바람+지점명 / wind + names'],
-  [7, '바람+지점번호 / wind + numbers'],
-  [8, '바람+15분 강수×4 / wind + rain'],
-  [9, '바람+요소 68 / wind + element 68'],
-  [10, '바람+요소 69 / wind + element 69'],
-  [11, '바람 / wind only'],
-];
-
-const SIZES = [400, 500, 600, 700, 800, 1000];
-const ZOOM_RULES = {
-  2: { rate: 2, maxSteps: 7, divisor: 8 },
-  3: { rate: 3, maxSteps: 2, divisor: 9 },
-};
-const ZOOM_DIGIT_FIELD = 7;
-const TITLE_ROWS = 20;
-const LEGEND_COLUMNS = 35;
-const STEP_MINUTES = 5;
-
-function zoomRule(rate) {
-  return ZOOM_RULES[rate] || null;
-}
+// ---------------------------------------------------------------------------------------------
+// Canvas and zoom, as the program places the map: cfg is viewer-config.json.
 
 // The program's canvas: the map's height follows its aspect ratio in single precision.
-function canvasGeometry(size, nx, ny, legend) {
+function canvasGeometry(cfg, map, size, legend) {
   const NI = size;
-  const NJ = Math.trunc(Math.fround(Math.fround(ny / nx) * NI));
-  return { NI, NJ, GI: NI + (legend ? LEGEND_COLUMNS : 0), GJ: NJ + TITLE_ROWS };
+  const NJ = Math.trunc(Math.fround(Math.fround(map.ny / map.nx) * NI));
+  return { NI, NJ, GI: NI + (legend ? cfg.legendWidth : 0), GJ: NJ + cfg.titleHeight };
+}
+
+// The largest map width whose whole picture fits width x height pixels (at least 100).
+function fitSize(cfg, map, legend, width, height) {
+  let size = Math.min(width - (legend ? cfg.legendWidth : 0), Number(cfg.canvasMax));
+  size = Math.min(size, Math.floor(((height - cfg.titleHeight) * map.nx) / map.ny) + 1);
+  while (size > 100 && canvasGeometry(cfg, map, size, legend).GJ > height) size--;
+  return Math.max(100, size);
 }
 
 // The view after the zoom steps ([x digit, y digit] pairs): south-west corner in km, magnification.
-function zoomView(nx, ny, rate, steps) {
-  const rule = zoomRule(rate);
+function zoomView(rule, nx, ny, steps) {
   const view = { ox: 0, oy: 0, zm: 1 };
   if (!rule) return view;
   for (const [dx, dy] of steps.slice(0, rule.maxSteps)) {
@@ -75,8 +48,7 @@ function bestDigit(u, rule) {
   let best = 1;
   let bestDistance = Infinity;
   for (let d = 1; d <= lastDigit(rule); d++) {
-    const centre = (d - 1) / rule.divisor + 1 / (2 * rule.rate);
-    const distance = Math.abs(centre - u);
+    const distance = Math.abs((d - 1) / rule.divisor + 1 / (2 * rule.rate) - u);
     if (distance < bestDistance) {
       best = d;
       bestDistance = distance;
@@ -88,17 +60,16 @@ function bestDigit(u, rule) {
 // The map point (km from the map's south-west corner) that a pixel of the picture shows, or null
 // outside the map area. Both axes use NX / NI km per pixel, as the program places them.
 function pixelToKm(geom, nx, view, column, row) {
-  if (column < 0 || column >= geom.NI || row < TITLE_ROWS || row >= geom.GJ) return null;
+  if (column < 0 || column >= geom.NI || row < geom.GJ - geom.NJ || row >= geom.GJ) return null;
   const kmPerPixel = nx / geom.NI / view.zm;
   return { x: view.ox + column * kmPerPixel, y: view.oy + (geom.GJ - row) * kmPerPixel };
 }
 
 // One more zoom step centred as near the clicked pixel as the digits allow; the steps unchanged
-// when the rate has no steps left or the click is outside the map.
-function zoomIn(map, geom, rate, steps, column, row) {
-  const rule = zoomRule(rate);
+// when the rule has no steps left or the click is outside the map.
+function zoomIn(rule, map, geom, steps, column, row) {
   if (!rule || steps.length >= rule.maxSteps) return steps;
-  const view = zoomView(map.nx, map.ny, rate, steps);
+  const view = zoomView(rule, map.nx, map.ny, steps);
   const point = pixelToKm(geom, map.nx, view, column, row);
   if (!point) return steps;
   const ux = ((point.x - view.ox) * view.zm) / map.nx;
@@ -106,7 +77,17 @@ function zoomIn(map, geom, rate, steps, column, row) {
   return steps.concat([[bestDigit(ux, rule), bestDigit(uy, rule)]]);
 }
 
+// The view in words: the whole map, or the step, the size and the south-west corner in km.
+function describeView(rule, map, steps) {
+  if (!steps.length) return `전체 지도 / whole map ${map.nx} × ${map.ny} km`;
+  const view = zoomView(rule, map.nx, map.ny, steps);
+  const km = (v) => String(Math.round(v * 10) / 10);
+  return `${steps.length}/${rule.maxSteps}단계 ×${view.zm} · ${km(map.nx / view.zm)} × ${km(map.ny / view.zm)} km · ` +
+    `남서 모서리 / south-west corner (${km(view.ox)}, ${km(view.oy)}) km`;
+}
+
 // The query fields of the zoom: one digit per step, '0'-padded; null for the whole map.
+const ZOOM_DIGIT_FIELD = 7;
 function zoomFields(steps) {
   if (steps.length === 0) return null;
   const digits = (axis) => steps.map((step) => step[axis]).join('').padEnd(ZOOM_DIGIT_FIELD, '0');
@@ -127,16 +108,11 @@ function sectionLine(a, b) {
   return { x1: Math.max(1, a.x), y1: a.y, x2: b.x, y2: b.y };
 }
 
-// The query string of the picture, keys in a fixed order. Values are plain letters and digits,
-// which the program takes byte for byte.
+// The query string of the picture, keys in a fixed order; `size` is a number of pixels here.
+// Values are plain letters and digits, which the program takes byte for byte.
 function pictureQuery(state) {
-  const fields = [
-    ['obs', state.obs],
-    ['map', state.map],
-    ['tm', state.tm],
-    ['size', state.size],
-    ['legend', state.legend ? 1 : 0],
-  ];
+  const fields = [['obs', state.obs], ['map', state.map], ['tm', state.tm], ['size', state.size],
+    ['legend', state.legend ? 1 : 0]];
   if (state.terrain) fields.push(['gis', 'T']);
   if (state.aws > 0) fields.push(['aws', state.aws]);
   const zoom = zoomFields(state.steps);
@@ -150,8 +126,10 @@ function pictureQuery(state) {
   return fields.map(([key, value]) => key + '=' + value).join('&');
 }
 
-// Times are the program's YYYYMMDDHHMI local-time texts; the arithmetic runs on a UTC calendar
-// so that no daylight-saving rule of the browser can bend a 5-minute step.
+// ---------------------------------------------------------------------------------------------
+// Times: the program's YYYYMMDDHHMI local-time texts. The arithmetic runs on a UTC calendar so
+// that no daylight-saving rule of the browser can bend a 5-minute step.
+
 function parseTime(tm) {
   const m = /^(\d{4})(\d{2})(\d{2})(\d{2})(\d{2})$/.exec(tm || '');
   if (!m) return null;
@@ -169,43 +147,150 @@ function addMinutes(tm, minutes) {
   return formatTime(new Date(parseTime(tm).getTime() + minutes * 60000));
 }
 
-// The clock's local time rounded down to a 5-minute step, as the program rounds its own.
-function currentTime(clock) {
-  const local = new Date(Date.UTC(clock.getFullYear(), clock.getMonth(), clock.getDate(),
-    clock.getHours(), clock.getMinutes() - (clock.getMinutes() % STEP_MINUTES)));
-  return formatTime(local);
+const minutesBetween = (from, to) => (parseTime(to) - parseTime(from)) / 60000;
+
+// The clock's local time as a time text (to the minute).
+function clockTime(clock) {
+  return formatTime(new Date(Date.UTC(clock.getFullYear(), clock.getMonth(), clock.getDate(),
+    clock.getHours(), clock.getMinutes())));
 }
 
-function displayTime(tm) {
-  return `${tm.slice(0, 4)}.${tm.slice(4, 6)}.${tm.slice(6, 8)} ${tm.slice(8, 10)}:${tm.slice(10, 12)}`;
+const displayTime = (tm) => `${tm.slice(0, 4)}.${tm.slice(4, 6)}.${tm.slice(6, 8)} ${tm.slice(8, 10)}:${tm.slice(10, 12)}`;
+const clockOf = (tm) => `${tm.slice(8, 10)}:${tm.slice(10, 12)}`;
+
+// The time of the grid file the program draws for tm, as it searches: tm rounded down to the
+// step, then back one step at a time over the candidates; null when none has a file (the program
+// then answers with its error picture).
+function shownTime(search, present, tm) {
+  if (!parseTime(tm)) return null;
+  let candidate = addMinutes(tm, -(Number(tm.slice(10)) % search.stepMinutes));
+  for (let k = 0; k < search.candidates; k++, candidate = addMinutes(candidate, -search.stepMinutes)) {
+    if (present.has(candidate)) return candidate;
+  }
+  return null;
 }
 
-// Without a list of times the slider covers the last 12 hours before `latest`.
-function stepTimes(latest, count) {
-  const times = [];
-  for (let k = count - 1; k >= 0; k--) times.push(addMinutes(latest, -k * STEP_MINUTES));
-  return times;
+// Every step from the earliest listed time (at most a week back) to the latest, each with
+// whether a grid file is there: the slider's positions.
+const TIMELINE_DAYS = 7;
+function timeline(times, stepMinutes) {
+  if (!times.length) return [];
+  const present = new Set(times);
+  const latest = times[times.length - 1];
+  const span = Math.min(minutesBetween(times[0], latest), TIMELINE_DAYS * 1440);
+  const steps = [];
+  for (let m = -Math.floor(span / stepMinutes) * stepMinutes; m <= 0; m += stepMinutes) {
+    const tm = addMinutes(latest, m);
+    steps.push({ tm, present: present.has(tm) });
+  }
+  return steps;
 }
 
-// The index of the latest time at or before tm (the program searches back), or 0.
-function timeIndex(times, tm) {
-  let found = 0;
-  for (let k = 0; k < times.length; k++) if (times[k] <= tm) found = k;
-  return found;
+// The frames of a loop: every listed time, those of the last hour, or the last N.
+const LOOP_MAX_FRAMES = 288;
+function loopFrames(times, range) {
+  if (!times.length) return [];
+  const latest = times[times.length - 1];
+  if (range === 'hour') return times.filter((tm) => minutesBetween(tm, latest) <= 60);
+  const count = range === 'all' ? LOOP_MAX_FRAMES : Number(range);
+  return times.slice(-Math.min(count, LOOP_MAX_FRAMES));
 }
 
+// How old data of `minutes` ago are, in Korean and in English.
+function ageText(minutes) {
+  const [n, ko, en] = minutes < 120 ? [Math.max(0, Math.round(minutes)), '분', 'min']
+    : minutes < 2880 ? [Math.round(minutes / 60), '시간', 'h'] : [Math.round(minutes / 1440), '일', 'days'];
+  return `${n}${ko} 전 / ${n} ${en} old`;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Map position and colour under the pointer.
+
+// The inverse of the program's Lambert conformal conic projection (its lamcproj_ellp): map km to
+// degrees, with the program's ellipsoid and its five fixed iterations for the latitude.
+const ELLIPSOID = { a: 6378.138, f: 1 / 298.257223563 };
+function lonLat(proj, map, x, y) {
+  const rad = Math.PI / 180;
+  const ep = Math.sqrt(2 * ELLIPSOID.f - ELLIPSOID.f * ELLIPSOID.f);
+  const isometric = (phi) => {
+    const e = ep * Math.sin(phi);
+    return Math.tan(Math.PI / 4 - phi / 2) / Math.pow((1 - e) / (1 + e), ep / 2);
+  };
+  const m = (phi) => Math.cos(phi) / Math.sqrt(1 - (ep * Math.sin(phi)) ** 2);
+  const [s1, s2] = [proj.slat1 * rad, proj.slat2 * rad];
+  const sn = (Math.log(m(s1)) - Math.log(m(s2))) / (Math.log(isometric(s1)) - Math.log(isometric(s2)));
+  const sf = m(s1) / (Math.pow(isometric(s1), sn) * sn);
+  const re = ELLIPSOID.a / proj.grid;
+  const ro = re * sf * Math.pow(isometric(proj.olat * rad), sn);
+
+  const xn = Math.fround(Math.fround(x) - Math.fround(map.xo));
+  const yn = map.yo + (ro - y);
+  const t = Math.pow(Math.hypot(xn, yn) / (sf * re), 1 / sn);
+  let phi = Math.PI / 2 - 2 * Math.atan(t);
+  for (let k = 0; k < 5; k++) {
+    const e = ep * Math.sin(phi);
+    phi = Math.PI / 2 - 2 * Math.atan(t * Math.pow((1 - e) / (1 + e), ep / 2));
+  }
+  return { lon: Math.atan2(xn, yn) / sn / rad + proj.olon, lat: phi / rad };
+}
+
+const CLASS_GLOSS = { 없음: 'none', 비: 'rain', 눈비: 'rain and snow', 눈: 'snow', AWS: 'stations', RDR: 'radar',
+  'AWS RDR': 'stations and radar' };
+const sameRgb = (a, b) => a[0] === b[0] && a[1] === b[1] && a[2] === b[2];
+
+// What a colour of the picture means for the product: its class, or its value range by the
+// colour file's bounds (those of `month` where they slide), or a named slot; null for anything
+// else (antialiased text).
+function describeColour(cfg, product, month, rgb) {
+  const unit = product.unit === 'C' ? '°C' : product.unit;
+  const klass = (k) => {
+    if (product.classes) {
+      const name = product.classes[k].name;
+      return CLASS_GLOSS[name] ? `${name} / ${CLASS_GLOSS[name]}` : name;
+    }
+    const bounds = product.boundsByMonth ? product.boundsByMonth[month - 1] : product.bounds;
+    let text = k === 0 ? `≤ ${bounds[0]} ${unit}`
+      : k === bounds.length - 1 ? `> ${bounds[k - 1]} ${unit}` : `${bounds[k - 1]} – ${bounds[k]} ${unit}`;
+    if (k === product.markingClass) text += ` (또는 약한 강수 / or light rain ≤ ${bounds[0]})`;
+    return text;
+  };
+  const colours = product.classes ? product.classes.map((c) => c.rgb) : product.colors;
+  const k = colours.findIndex((c) => sameRgb(c, rgb));
+  if (k >= 0) return klass(k);
+  // Terrain shows only through the first class.
+  const [slots, bands] = [cfg.slots, cfg.slots.terrain];
+  const band = bands.findIndex((t) => sameRgb(t.rgb, rgb));
+  if (band >= 0) {
+    const heights = band === 0 ? `< ${bands[0].below}` : band === bands.length - 1 ? `≥ ${bands[band - 1].below}`
+      : `${bands[band - 1].below}–${bands[band].below}`;
+    return `지형 / terrain ${heights} m · ${klass(0)}`;
+  }
+  const named = [['background', '자료 없음 / no data'], ['black', '해안선·글자 / coastline or text'],
+    ['grey', '경계 / boundary'], ['frame', '테두리 / frame'], ['section', '단면선 / section line'],
+    ['disc', '지점 / station'], ['rain', '지점: 강수 / station: raining'],
+    ['dry', '지점: 무강수·모름 / station: not raining or unknown']];
+  const slot = named.find(([name]) => sameRgb(slots[name], rgb));
+  return slot ? slot[1] : null;
+}
+
+// ---------------------------------------------------------------------------------------------
 // The state as the hash of the page's address, and back. Anything in a hash that does not fit
 // (an unknown product, a digit past the rule's range) is left at its default.
+
+const SIZES = [400, 500, 600, 700, 800, 1000];
+// The station modes by what the sample data's elements hold (68 temperature, 69 humidity).
+const STATION_MODE_NAMES = [
+  '없음 / none', '지점명 / names', '지점번호 / numbers', '15분 강수×4 / 15-min rain ×4 (mm/h)',
+  '기온 (요소 68) / temperature (°C)', '습도 (요소 69) / humidity (%)', '바람 + 지점명 / wind + names',
+  '바람 + 지점번호 / wind + numbers', '바람 + 강수 / wind + rain', '바람 + 기온 / wind + temperature',
+  '바람 + 습도 / wind + humidity', '바람 / wind only',
+];
+
 function stateToHash(state) {
   const params = new URLSearchParams();
-  params.set('obs', state.obs);
-  params.set('map', state.map);
-  params.set('tm', state.tm);
-  params.set('size', state.size);
+  for (const key of ['obs', 'map', 'tm', 'size', 'aws', 'rate']) params.set(key, state[key]);
   params.set('legend', state.legend ? 1 : 0);
   params.set('terrain', state.terrain ? 1 : 0);
-  params.set('aws', state.aws);
-  params.set('rate', state.rate);
   if (state.steps.length) {
     params.set('zx', state.steps.map((s) => s[0]).join(''));
     params.set('zy', state.steps.map((s) => s[1]).join(''));
@@ -217,7 +302,7 @@ function stateToHash(state) {
   return '#' + params.toString();
 }
 
-function stateFromHash(hash, defaults) {
+function stateFromHash(cfg, hash, defaults) {
   const params = new URLSearchParams(String(hash || '').replace(/^#/, ''));
   const state = { ...defaults, steps: defaults.steps.slice() };
   const get = (key) => params.get(key);
@@ -225,18 +310,16 @@ function stateFromHash(hash, defaults) {
     const v = get(key);
     return v !== null && /^-?\d+$/.test(v) && +v >= lo && +v <= hi ? +v : null;
   };
-  if (PRODUCTS.some(([code]) => code === get('obs'))) state.obs = get('obs');
+  if (cfg.products.some((p) => p.code === get('obs'))) state.obs = get('obs');
   if (/^[A-Za-z0-9_]{1,7}$/.test(get('map') || '')) state.map = get('map');
   if (parseTime(get('tm'))) state.tm = get('tm');
-  const size = int('size', 0, 8192);
-  if (SIZES.includes(size)) state.size = size;
+  if (get('size') === 'fit' || SIZES.includes(int('size', 0, 8192))) state.size = get('size') === 'fit' ? 'fit' : +get('size');
   if (int('legend', 0, 1) !== null) state.legend = int('legend', 0, 1) === 1;
   if (int('terrain', 0, 1) !== null) state.terrain = int('terrain', 0, 1) === 1;
-  const aws = int('aws', 0, 11);
+  const aws = int('aws', 0, STATION_MODE_NAMES.length - 1);
   if (aws !== null) state.aws = aws;
-  const rate = int('rate', 2, 3);
-  if (rate !== null) state.rate = rate;
-  const steps = digitSteps(get('zx') || '', get('zy') || '', zoomRule(state.rate));
+  if (cfg.zoomRules[get('rate')]) state.rate = +get('rate');
+  const steps = digitSteps(get('zx') || '', get('zy') || '', cfg.zoomRules[state.rate]);
   if (steps) state.steps = steps;
   const section = (get('section') || '').split(',');
   if (section.length === 4 && section.every((v) => /^\d+$/.test(v))) {
@@ -255,77 +338,111 @@ function digitSteps(zx, zy, rule) {
 // ---------------------------------------------------------------------------------------------
 // The page.
 
-const DEFAULT_CGI = '/cgi-bin/rdr_sfc_pty_img';
-const FALLBACK_HOURS = 12;
-const ANIMATION_FRAMES = [12, 24, 36, 72];
-const ANIMATION_SPEEDS = [['느림 / slow', 1000], ['보통 / normal', 500], ['빠름 / fast', 250]];
+const LOOP_SPEEDS = [['느림 / slow', 1000], ['보통 / normal', 500], ['빠름 / fast', 250], ['매우 빠름 / fastest', 100]];
+const LOOP_RANGES = [['hour', '최근 1시간 / last hour'], ['all', '전체 / all times'], ['12', '최근 12장 / last 12'],
+  ['24', '최근 24장 / last 24'], ['72', '최근 72장 / last 72']];
+const LOOP_HOLD_MS = 1500;
+
+// What a click or tap on the map can do; the page's clickActions holds what each does, so a new
+// mode is one entry here and one there.
+const CLICK_MODES = {
+  zoom: '확대 / zoom in',
+  section: '단면선 / section',
+  look: '읽기만 / read only',
+};
 
 function startViewer() {
   const $ = (id) => document.getElementById(id);
-  const el = {
-    obs: $('obs'), map: $('map'), prev: $('prev'), next: $('next'), latest: $('latest'),
-    slider: $('time-slider'), timeText: $('time-text'), play: $('play'), speed: $('speed'),
-    frames: $('frames'), size: $('size'), legend: $('legend'), terrain: $('terrain'),
-    aws: $('aws'), rate: $('zoom-rate'), zoomOut: $('zoom-out'), zoomReset: $('zoom-reset'),
-    zoomInfo: $('zoom-info'), modeZoom: $('mode-zoom'), modeSection: $('mode-section'),
-    sectionClear: $('section-clear'), sectionInfo: $('section-info'), picture: $('picture'),
-    overlay: $('overlay'), status: $('status'), request: $('request'), copy: $('copy'),
-    open: $('open'), stationHint: $('station-hint'),
-  };
-  const page = { config: null, times: [], state: null, pendingPoint: null, animation: null };
+  const el = {};
+  for (const id of ['obs', 'map', 'prev', 'next', 'latest', 'time-slider', 'time-marks', 'time-text', 'age', 'play',
+    'speed', 'range', 'loop-progress', 'loop-text', 'size', 'legend', 'terrain', 'aws', 'station-hint', 'station-key',
+    'zoom-rate', 'zoom-in', 'zoom-out', 'zoom-reset', 'zoom-info', 'click-modes', 'section-clear', 'section-info',
+    'stage', 'picture', 'overlay', 'status', 'readout', 'request', 'copy', 'download', 'open']) {
+    el[id.replace(/-(\w)/g, (_, c) => c.toUpperCase())] = $(id);
+  }
+  const page = { cfg: null, times: [], present: new Set(), steps: [], state: null, pendingPoint: null,
+    loop: null, pixels: null, sliding: false, mode: 'zoom' };
 
   const fillSelect = (select, entries) => {
     select.replaceChildren(...entries.map(([value, label]) => new Option(label, value)));
   };
-  fillSelect(el.obs, PRODUCTS.map(([code, name]) => [code, `${name} (${code})`]));
-  fillSelect(el.aws, STATION_MODES.map(([mode, name]) => [mode, `${mode} ${name}`]));
-  fillSelect(el.size, SIZES.map((s) => [s, `${s} px`]));
-  fillSelect(el.frames, ANIMATION_FRAMES.map((n) => [n, `${n}장 / frames`]));
-  fillSelect(el.speed, ANIMATION_SPEEDS.map(([name, ms]) => [ms, name]));
-  el.speed.value = '500';
+  const mapOf = () => page.cfg.maps[page.state.map];
+  const productOf = () => page.cfg.products.find((p) => p.code === page.state.obs);
+  const ruleOf = () => page.cfg.zoomRules[page.state.rate];
+  const say = (text) => { el.status.textContent = text; };
 
-  const mapOf = () => page.config.maps[page.state.map];
-
-  // The geometry of the picture as it should arrive; null when what arrived is not a map
-  // (the error picture is square and tells no map position).
-  const shownGeometry = () => {
-    const map = mapOf();
-    if (!map) return null;
-    const geom = canvasGeometry(page.state.size, map.nx, map.ny, page.state.legend);
-    const img = el.picture;
-    return img.naturalWidth === geom.GI && img.naturalHeight === geom.GJ ? geom : null;
-  };
-
-  function render() {
+  function pictureSize() {
     const s = page.state;
-    const url = page.config.cgi + '?' + pictureQuery(s);
-    if (el.picture.getAttribute('src') !== url) {
-      el.status.textContent = '불러오는 중… / loading';
-      el.picture.src = url;
-    }
-    el.request.textContent = new URL(url, location.href).href;
-    el.open.href = url;
-    history.replaceState(null, '', stateToHash(s));
+    const map = mapOf();
+    if (s.size !== 'fit' || !map) return s.size === 'fit' ? 600 : s.size;
+    const top = el.stage.getBoundingClientRect().top + window.scrollY;
+    return fitSize(page.cfg, map, s.legend, el.stage.parentElement.clientWidth, window.innerHeight - top - 8);
+  }
 
-    el.obs.value = s.obs;
-    el.map.value = s.map;
-    el.size.value = String(s.size);
+  // The picture as it should arrive: its address, geometry and the data time the program takes.
+  function expected(state = page.state, size = pictureSize()) {
+    const map = page.cfg.maps[state.map];
+    return {
+      url: page.cfg.cgi + '?' + pictureQuery({ ...state, size }),
+      geom: map ? canvasGeometry(page.cfg, map, size, state.legend) : null,
+      shown: shownTime(page.cfg.search, page.present, state.tm),
+    };
+  }
+
+  function render(how = 'push') {
+    const s = page.state;
+    const want = expected();
+    page.want = want;
+    if (el.picture.getAttribute('src') !== want.url) {
+      say(`불러오는 중 / loading ${displayTime(s.tm)} …`);
+      el.picture.src = want.url;
+    }
+    el.request.textContent = new URL(want.url, location.href).href;
+    el.open.href = want.url;
+    el.download.href = want.url;
+    el.download.download = `${s.obs}_${want.shown || s.tm}.png`;
+    const hash = stateToHash(s);
+    if (location.hash !== hash) history[how === 'push' ? 'pushState' : 'replaceState'](null, '', hash);
+
+    for (const key of ['obs', 'map', 'size', 'aws']) el[key].value = String(s[key]);
     el.legend.checked = s.legend;
     el.terrain.checked = s.terrain;
-    el.aws.value = String(s.aws);
-    el.rate.value = String(s.rate);
+    el.zoomRate.value = String(s.rate);
     el.timeText.textContent = displayTime(s.tm);
-    el.slider.value = String(timeIndex(page.times, s.tm));
-    const zoom = zoomFields(s.steps);
-    el.zoomInfo.textContent = zoom
-      ? `단계 / level ${zoom.zoom_level}: x ${zoom.zoom_x}, y ${zoom.zoom_y}`
-      : '전체 / whole map';
-    el.zoomOut.disabled = !zoom;
+    const position = page.steps.findIndex((step) => step.tm >= s.tm);
+    el.timeSlider.value = String(position < 0 ? page.steps.length - 1 : position);
+    el.prev.disabled = !page.times.length || s.tm <= page.times[0];
+    el.next.disabled = !page.times.length || s.tm >= page.times[page.times.length - 1];
+    const map = mapOf();
+    el.zoomInfo.textContent = map ? describeView(ruleOf(), map, s.steps) : '';
+    el.zoomOut.disabled = !s.steps.length;
+    el.zoomIn.disabled = !map || s.steps.length >= ruleOf().maxSteps;
     el.sectionInfo.textContent = s.section
       ? `(${s.section.x1}, ${s.section.y1}) – (${s.section.x2}, ${s.section.y2}) km`
-      : page.pendingPoint ? '두 번째 점을 누르세요 / click the second point' : '';
-    el.stationHint.hidden = !(s.aws > 0 && !zoom);
+      : page.pendingPoint ? '두 번째 점 (Esc 취소) / second point (Esc cancels)' : '';
+    el.sectionClear.disabled = !s.section && !page.pendingPoint;
+    el.stationHint.hidden = !(s.aws > 0 && !s.steps.length);
+    el.stationKey.hidden = !(s.aws > 0);
     drawOverlay();
+  }
+
+  // What the status line says once a picture is on the page: the data time it shows, or why it
+  // is the program's error picture. The error picture is square, so a picture whose size is not
+  // the map's is one; the list of times tells which of the two reasons it has.
+  function pictureStatus() {
+    const want = page.want;
+    const tm = page.state.tm;
+    const img = el.picture;
+    const isMap = want.geom && img.naturalWidth === want.geom.GI && img.naturalHeight === want.geom.GJ;
+    if (!isMap) {
+      return want.shown
+        ? `오류 그림: 이 요청을 그리지 못했습니다 / error picture: the program could not draw this request`
+        : `오류 그림: ${displayTime(tm)} 전 ${page.cfg.search.stepMinutes * (page.cfg.search.candidates - 1)}분 안에 자료 없음` +
+          ` / error picture: no data within ${page.cfg.search.stepMinutes * (page.cfg.search.candidates - 1)} minutes up to ${clockOf(tm)}`;
+    }
+    const title = productOf().title;
+    if (want.shown === tm) return `${displayTime(tm)} · ${title}`;
+    return `${clockOf(tm)} 자료 없음: ${clockOf(want.shown)} 자료 표시 / data of ${clockOf(want.shown)} shown for ${clockOf(tm)} · ${title}`;
   }
 
   function drawOverlay() {
@@ -336,121 +453,276 @@ function startViewer() {
     svg.setAttribute('viewBox', `0 0 ${img.naturalWidth} ${img.naturalHeight}`);
     if (!page.pendingPoint) return;
     const dot = document.createElementNS('http://www.w3.org/2000/svg', 'circle');
-    dot.setAttribute('cx', page.pendingPoint.column);
-    dot.setAttribute('cy', page.pendingPoint.row);
-    dot.setAttribute('r', 4);
+    for (const [name, value] of [['cx', page.pendingPoint.column], ['cy', page.pendingPoint.row], ['r', 4]]) {
+      dot.setAttribute(name, value);
+    }
     dot.setAttribute('class', 'pending-point');
     svg.appendChild(dot);
   }
 
-  const change = (update) => {
+  // A change of view: one history entry (or replacing the current one), and the loop stops.
+  function change(update, how = 'push') {
+    if (page.loop) stopLoop();
     update(page.state);
-    render();
-  };
+    render(how);
+  }
 
   function stepTime(minutes) {
-    const latest = page.times[page.times.length - 1];
-    const tm = addMinutes(page.state.tm, minutes);
-    change((s) => { s.tm = tm > latest ? latest : tm; });
+    if (!page.times.length) return;
+    const [earliest, latest] = [page.times[0], page.times[page.times.length - 1]];
+    const stepped = addMinutes(page.state.tm, minutes);
+    const tm = stepped < earliest ? earliest : stepped > latest ? latest : stepped;
+    if (tm !== page.state.tm) change((s) => { s.tm = tm; });
   }
 
-  function pictureClick(event) {
+  // The picture's pixel under a pointer, whatever the scale it is shown at.
+  function pixelOf(event) {
     const img = el.picture;
+    const box = img.getBoundingClientRect();
+    return {
+      column: Math.floor(((event.clientX - box.left) * img.naturalWidth) / box.width),
+      row: Math.floor(((event.clientY - box.top) * img.naturalHeight) / box.height),
+    };
+  }
+
+  const shownGeometry = () => {
+    const geom = page.want && page.want.geom;
+    const img = el.picture;
+    return geom && img.naturalWidth === geom.GI && img.naturalHeight === geom.GJ ? geom : null;
+  };
+
+  // The picture's colours, read once per picture that has arrived.
+  function colourAt(column, row) {
+    const img = el.picture;
+    if (!page.pixels) {
+      const canvas = document.createElement('canvas');
+      canvas.width = img.naturalWidth;
+      canvas.height = img.naturalHeight;
+      const context = canvas.getContext('2d', { willReadFrequently: true });
+      context.drawImage(img, 0, 0);
+      page.pixels = { width: canvas.width, data: context.getImageData(0, 0, canvas.width, canvas.height).data };
+    }
+    const k = (row * page.pixels.width + column) * 4;
+    return [0, 1, 2].map((c) => page.pixels.data[k + c]);
+  }
+
+  // The read-out of a pixel: where it is on the earth and what its colour stands for.
+  function readOut(column, row) {
     const geom = shownGeometry();
-    if (!geom) {
-      el.status.textContent = '지도 그림이 아닙니다 / this picture has no map';
+    if (!geom || !el.picture.complete || column < 0 || row < geom.GJ - geom.NJ || column >= geom.GI || row >= geom.GJ) {
+      el.readout.textContent = '';
       return;
     }
-    const box = img.getBoundingClientRect();
-    const column = Math.floor(((event.clientX - box.left) * img.naturalWidth) / box.width);
-    const row = Math.floor(((event.clientY - box.top) * img.naturalHeight) / box.height);
     const s = page.state;
     const map = mapOf();
-    if (el.modeSection.checked) {
-      const view = zoomView(map.nx, map.ny, s.rate, s.steps);
-      const point = sectionPoint(map, geom, view, column, row);
-      if (!point) return;
-      if (!page.pendingPoint) {
-        page.pendingPoint = { ...point, column, row };
-        change((st) => { st.section = null; });
-      } else {
-        const first = page.pendingPoint;
-        page.pendingPoint = null;
-        change((st) => { st.section = sectionLine(first, point); });
-      }
-      return;
+    const parts = [];
+    const point = pixelToKm(geom, map.nx, zoomView(ruleOf(), map.nx, map.ny, s.steps), column, row);
+    if (point) {
+      const { lon, lat } = lonLat(page.cfg.projection, map, point.x, point.y);
+      parts.push(`${lon.toFixed(3)}°E ${lat.toFixed(3)}°N`, `x ${point.x.toFixed(1)} y ${point.y.toFixed(1)} km`);
     }
-    const steps = zoomIn(map, geom, s.rate, s.steps, column, row);
-    if (steps === s.steps) {
-      el.status.textContent = '더 확대할 수 없습니다 / no further zoom';
-      return;
-    }
-    change((st) => { st.steps = steps; });
+    const month = Number((page.want.shown || s.tm).slice(4, 6));
+    parts.push(describeColour(page.cfg, productOf(), month, colourAt(column, row)) || '—');
+    el.readout.textContent = parts.join(' · ');
   }
 
-  function toggleAnimation() {
-    if (page.animation) {
-      clearInterval(page.animation.timer);
-      page.animation = null;
-      el.play.textContent = '▶ 재생 / play';
+  const clickActions = {
+    zoom(geom, column, row) {
+      const s = page.state;
+      const steps = zoomIn(ruleOf(), mapOf(), geom, s.steps, column, row);
+      if (steps === s.steps) say('더 확대할 수 없습니다 / no further zoom');
+      else change((st) => { st.steps = steps; });
+    },
+    section(geom, column, row) {
+      const map = mapOf();
+      const point = sectionPoint(map, geom, zoomView(ruleOf(), map.nx, map.ny, page.state.steps), column, row);
+      if (!point) return;
+      const first = page.pendingPoint;
+      page.pendingPoint = first ? null : { ...point, column, row };
+      if (first) change((st) => { st.section = sectionLine(first, point); });
+      else change((st) => { st.section = null; }, 'replace');
+    },
+    look() {},
+  };
+
+  function pictureClick(event) {
+    const geom = shownGeometry();
+    if (!geom) {
+      say('지도 그림이 아닙니다 / this picture has no map');
       return;
     }
-    const end = timeIndex(page.times, page.state.tm);
-    const count = Number(el.frames.value);
-    const frames = page.times.slice(Math.max(0, end - count + 1), end + 1);
-    let k = 0;
-    // A frame advances only once the previous picture has arrived, so slow answers never pile up.
-    const timer = setInterval(() => {
-      if (!el.picture.complete) return;
-      k = (k + 1) % frames.length;
-      change((s) => { s.tm = frames[k]; });
-    }, Number(el.speed.value));
-    page.animation = { timer };
-    el.play.textContent = '❚❚ 정지 / pause';
-    change((s) => { s.tm = frames[0]; });
+    const { column, row } = pixelOf(event);
+    readOut(column, row);
+    clickActions[page.mode](geom, column, row);
+  }
+
+  function zoomAtCentre() {
+    const geom = shownGeometry() || page.want.geom;
+    if (!geom) return;
+    const steps = zoomIn(ruleOf(), mapOf(), geom, page.state.steps, geom.NI / 2, geom.GJ - geom.NJ / 2);
+    if (steps !== page.state.steps) change((s) => { s.steps = steps; });
+  }
+
+  function cancelSection() {
+    if (page.pendingPoint) {
+      page.pendingPoint = null;
+      render('replace');
+    } else if (page.state.section) {
+      change((s) => { s.section = null; });
+    }
+  }
+
+  // The loop: every frame requested at once and shown only when all have arrived; then the
+  // frames in turn at the chosen speed, holding the last one a while.
+  function startLoop() {
+    const frames = loopFrames(page.times, el.range.value);
+    if (frames.length < 2) {
+      say('재생할 시각이 둘 이상 있어야 합니다 / a loop needs two times or more');
+      return;
+    }
+    const size = pictureSize();
+    const loop = { frames, k: 0, loaded: 0, timer: null };
+    loop.images = frames.map((tm) => {
+      const image = new Image();
+      image.onload = image.onerror = () => frameArrived(loop);
+      image.src = expected({ ...page.state, tm }, size).url;
+      return image;
+    });
+    page.loop = loop;
+    el.play.textContent = '■ 정지 / stop';
+    el.loopProgress.max = frames.length;
+    el.loopProgress.value = 0;
+    el.loopProgress.hidden = false;
+    el.loopText.textContent = `불러오는 중 / loading 0/${frames.length}`;
+  }
+
+  function frameArrived(loop) {
+    if (page.loop !== loop) return;
+    loop.loaded++;
+    el.loopProgress.value = loop.loaded;
+    el.loopText.textContent = `불러오는 중 / loading ${loop.loaded}/${loop.frames.length}`;
+    if (loop.loaded === loop.frames.length) showFrame(loop, 0);
+  }
+
+  function showFrame(loop, k) {
+    loop.k = k;
+    page.state.tm = loop.frames[k];
+    render('replace');
+    el.loopText.textContent = `재생 / playing ${k + 1}/${loop.frames.length}`;
+    const last = k === loop.frames.length - 1;
+    const speed = Number(el.speed.value);
+    loop.timer = setTimeout(() => showFrame(loop, last ? 0 : k + 1), last ? Math.max(LOOP_HOLD_MS, 3 * speed) : speed);
+  }
+
+  function stopLoop() {
+    clearTimeout(page.loop.timer);
+    page.loop = null;
+    el.play.textContent = '▶ 재생 / play';
+    el.loopProgress.hidden = true;
+    el.loopText.textContent = '';
+  }
+
+  const toggleLoop = () => (page.loop ? stopLoop() : startLoop());
+
+  async function copyLink() {
+    let copied = false;
+    try {
+      await navigator.clipboard.writeText(location.href);
+      copied = true;
+    } catch (err) {
+      // Without a secure origin there is no clipboard API: the old way through a selection.
+      const field = Object.assign(document.createElement('textarea'), { value: location.href });
+      document.body.appendChild(field);
+      field.select();
+      copied = document.execCommand('copy');
+      field.remove();
+    }
+    el.copy.textContent = copied ? '✓ 복사됨 / copied' : '복사 실패 / not copied';
+    say(copied ? `이 화면의 주소를 복사했습니다 / link to this view copied: ${location.href}`
+      : '복사하지 못했습니다: 주소창의 주소를 쓰세요 / could not copy: use the address bar');
+    setTimeout(() => { el.copy.textContent = '링크 복사 / copy link'; }, 2500);
+  }
+
+  const KEYS = {
+    ArrowLeft: () => stepTime(-page.cfg.search.stepMinutes),
+    ArrowRight: () => stepTime(page.cfg.search.stepMinutes),
+    ' ': toggleLoop,
+    '+': zoomAtCentre,
+    '=': zoomAtCentre,
+    '-': () => page.state.steps.length && change((s) => { s.steps = s.steps.slice(0, -1); }),
+    0: () => page.state.steps.length && change((s) => { s.steps = []; }),
+    Escape: cancelSection,
+  };
+
+  function onKey(event) {
+    const target = event.target;
+    const typing = /^(INPUT|SELECT|TEXTAREA)$/.test(target.tagName);
+    const action = KEYS[event.key];
+    if (!action || typing || event.ctrlKey || event.metaKey || event.altKey ||
+        (target.tagName === 'BUTTON' && event.key === ' ')) return;
+    event.preventDefault();
+    action();
   }
 
   function bind() {
     const onChange = (input, update) => input.addEventListener('change', () => change(update));
     onChange(el.obs, (s) => { s.obs = el.obs.value; });
     onChange(el.map, (s) => { s.map = el.map.value; s.steps = []; s.section = null; });
-    onChange(el.size, (s) => { s.size = Number(el.size.value); });
+    onChange(el.size, (s) => { s.size = el.size.value === 'fit' ? 'fit' : Number(el.size.value); });
     onChange(el.legend, (s) => { s.legend = el.legend.checked; });
     onChange(el.terrain, (s) => { s.terrain = el.terrain.checked; });
     onChange(el.aws, (s) => { s.aws = Number(el.aws.value); });
     // Digits of one rate mean another place under the other, so a new rate starts from the whole map.
-    onChange(el.rate, (s) => { s.rate = Number(el.rate.value); s.steps = []; });
-    el.slider.addEventListener('input', () => change((s) => { s.tm = page.times[Number(el.slider.value)]; }));
-    el.prev.addEventListener('click', () => stepTime(-STEP_MINUTES));
-    el.next.addEventListener('click', () => stepTime(STEP_MINUTES));
+    onChange(el.zoomRate, (s) => { s.rate = Number(el.zoomRate.value); s.steps = []; });
+    // A drag of the slider is one history entry: the first move pushes, the others replace it.
+    el.timeSlider.addEventListener('input', () => {
+      const step = page.steps[Number(el.timeSlider.value)];
+      change((s) => { s.tm = step.tm; }, page.sliding ? 'replace' : 'push');
+      page.sliding = true;
+    });
+    el.timeSlider.addEventListener('change', () => { page.sliding = false; });
+    el.prev.addEventListener('click', () => stepTime(-page.cfg.search.stepMinutes));
+    el.next.addEventListener('click', () => stepTime(page.cfg.search.stepMinutes));
     el.latest.addEventListener('click', () => change((s) => { s.tm = page.times[page.times.length - 1]; }));
-    el.play.addEventListener('click', toggleAnimation);
+    el.play.addEventListener('click', toggleLoop);
+    el.zoomIn.addEventListener('click', zoomAtCentre);
     el.zoomOut.addEventListener('click', () => change((s) => { s.steps = s.steps.slice(0, -1); }));
     el.zoomReset.addEventListener('click', () => change((s) => { s.steps = []; }));
     el.sectionClear.addEventListener('click', () => {
       page.pendingPoint = null;
       change((s) => { s.section = null; });
     });
-    el.modeZoom.addEventListener('change', () => { page.pendingPoint = null; render(); });
-    el.picture.addEventListener('click', pictureClick);
-    el.picture.addEventListener('load', () => {
-      el.picture.dataset.shown = el.picture.getAttribute('src');
-      el.status.textContent = `${displayTime(page.state.tm)} · ${el.picture.naturalWidth}×${el.picture.naturalHeight}`;
-      drawOverlay();
+    el.clickModes.addEventListener('change', (event) => {
+      page.mode = event.target.value;
+      page.pendingPoint = null;
+      render('replace');
     });
-    el.picture.addEventListener('error', () => { el.status.textContent = '그림을 받지 못했습니다 / no picture'; });
-    el.copy.addEventListener('click', async () => {
-      try {
-        await navigator.clipboard.writeText(el.request.textContent);
-      } catch (err) {
-        // Without a secure origin there is no clipboard access: select it for Ctrl-C instead.
-        window.getSelection().selectAllChildren(el.request);
-        document.execCommand('copy');
+    el.picture.addEventListener('click', pictureClick);
+    el.picture.addEventListener('pointermove', (event) => {
+      if (event.pointerType === 'mouse') {
+        const { column, row } = pixelOf(event);
+        readOut(column, row);
       }
     });
-    window.addEventListener('hashchange', () => {
-      page.state = stateFromHash(location.hash, page.state);
-      render();
+    el.picture.addEventListener('load', () => {
+      el.picture.dataset.shown = el.picture.getAttribute('src');
+      page.pixels = null;
+      say(pictureStatus());
+      drawOverlay();
+    });
+    el.picture.addEventListener('error', () => say('그림을 받지 못했습니다 / no picture from the server'));
+    el.copy.addEventListener('click', copyLink);
+    document.addEventListener('keydown', onKey);
+    window.addEventListener('popstate', () => {
+      if (page.loop) stopLoop();
+      page.pendingPoint = null;
+      page.state = stateFromHash(page.cfg, location.hash, page.defaults);
+      render('replace');
+    });
+    let resizeTimer = null;
+    window.addEventListener('resize', () => {
+      clearTimeout(resizeTimer);
+      resizeTimer = setTimeout(() => page.state.size === 'fit' && render('replace'), 150);
     });
   }
 
@@ -459,52 +731,94 @@ function startViewer() {
       const answer = await fetch('viewer-config.json', { cache: 'no-store' });
       if (answer.ok) return await answer.json();
     } catch (err) {
-      // fall through to the defaults
+      // the caller says that there is none
     }
-    return {};
+    return null;
   }
 
-  // The listed times, or without a list the last hours before the clock's time.
-  const timesOf = (config) => {
-    const listed = (config.times || []).filter((tm) => parseTime(tm)).sort();
-    return listed.length ? listed
-      : stepTimes(currentTime(new Date()), (FALLBACK_HOURS * 60) / STEP_MINUTES);
-  };
+  // The times and the slider's marks: dark where a grid file is, light where the program would
+  // search back (or find nothing).
+  function takeTimes(times) {
+    page.times = times.filter((tm) => parseTime(tm)).sort();
+    page.present = new Set(page.times);
+    page.steps = timeline(page.times, page.cfg.search.stepMinutes);
+    el.timeSlider.max = String(Math.max(0, page.steps.length - 1));
+    const n = page.steps.length;
+    const stops = page.steps.map((step, k) =>
+      `${step.present ? 'var(--data)' : 'var(--gap)'} ${(k / n) * 100}% ${((k + 1) / n) * 100}%`);
+    el.timeMarks.style.background = n ? `linear-gradient(to right, ${stops.join(', ')})` : '';
+    el.timeMarks.title = `${page.times.length}/${n} 시각에 자료 / times with data`;
+    showAge();
+  }
 
-  // New grid files arrive every 5 minutes: a page that shows the latest time follows them.
+  function showAge() {
+    const latest = page.times[page.times.length - 1];
+    if (!latest) {
+      el.age.textContent = '자료 없음 / no grid files listed';
+      return;
+    }
+    const minutes = minutesBetween(latest, clockTime(new Date()));
+    el.age.textContent = `최신 자료 / latest data ${displayTime(latest)}: ${ageText(minutes)}`;
+    el.age.classList.toggle('stale', minutes > 3 * page.cfg.search.stepMinutes);
+  }
+
+  // New grid files arrive every few minutes: a page that shows the latest time follows them.
   async function refreshTimes() {
-    const times = timesOf(await loadConfig());
-    const following = page.state.tm === page.times[page.times.length - 1] && !page.animation;
-    page.times = times;
-    el.slider.max = String(times.length - 1);
-    if (following) page.state.tm = times[times.length - 1];
-    render();
+    const config = await loadConfig();
+    if (!config || page.loop) return;
+    const following = page.state.tm === page.times[page.times.length - 1];
+    takeTimes(config.times || []);
+    if (following && page.times.length) page.state.tm = page.times[page.times.length - 1];
+    render('replace');
   }
 
-  loadConfig().then((config) => {
-    page.config = { cgi: config.cgi || DEFAULT_CGI, maps: config.maps || {} };
-    page.times = timesOf(config);
-    const codes = Object.keys(page.config.maps);
-    fillSelect(el.map, (codes.length ? codes : ['HR']).map((code) => [code, code]));
-    el.slider.max = String(page.times.length - 1);
-    const defaults = {
-      obs: 'RNSN', map: codes.includes('HR') || !codes.length ? 'HR' : codes[0],
-      tm: page.times[page.times.length - 1], size: 600, legend: true, terrain: false, aws: 0,
-      rate: 2, steps: [], section: null,
+  function build(cfg) {
+    page.cfg = cfg;
+    const codes = Object.keys(cfg.maps);
+    fillSelect(el.obs, cfg.products.map((p) => [p.code, `${p.title} (${p.code})`]));
+    fillSelect(el.map, codes.map((code) => [code, `${code} (${cfg.maps[code].nx} × ${cfg.maps[code].ny} km)`]));
+    fillSelect(el.aws, STATION_MODE_NAMES.map((name, mode) => [mode, `${mode} ${name}`]));
+    fillSelect(el.size, [['fit', '창에 맞춤 / fit window'], ...SIZES.map((s) => [s, `${s} px`])]);
+    fillSelect(el.speed, LOOP_SPEEDS.map(([name, ms]) => [ms, name]));
+    fillSelect(el.range, LOOP_RANGES);
+    fillSelect(el.zoomRate, Object.values(cfg.zoomRules).map((r) => [r.rate, `×${r.rate} (${r.maxSteps}단계 / steps)`]));
+    el.speed.value = '250';
+    el.clickModes.replaceChildren(...Object.entries(CLICK_MODES).map(([mode, label]) => {
+      const item = document.createElement('label');
+      const radio = Object.assign(document.createElement('input'), { type: 'radio', name: 'mode', value: mode,
+        id: `mode-${mode}`, checked: mode === page.mode });
+      item.append(radio, ` ${label}`);
+      return item;
+    }));
+    for (const [name, slot] of [['--rain', 'rain'], ['--dry', 'dry'], ['--disc', 'disc']]) {
+      document.documentElement.style.setProperty(name, `rgb(${cfg.slots[slot].join(',')})`);
+    }
+    takeTimes(cfg.times || []);
+    page.defaults = {
+      obs: cfg.products.some((p) => p.code === 'RNSN') ? 'RNSN' : cfg.products[0].code,
+      map: codes.includes('HR') || !codes.length ? 'HR' : codes[0],
+      tm: page.times[page.times.length - 1] || clockTime(new Date()),
+      size: 'fit', legend: true, terrain: false, aws: 0, rate: 2, steps: [], section: null,
     };
-    page.state = stateFromHash(location.hash, defaults);
-    if (!codes.length) el.status.textContent = 'viewer-config.json 없음: 클릭 확대 불가 / no map extents: clicks disabled';
+    page.state = stateFromHash(page.cfg, location.hash, page.defaults);
     bind();
-    render();
-    setInterval(refreshTimes, (Number(config.refresh) > 0 ? Number(config.refresh) : 60) * 1000);
+    render('replace');
+    if (!codes.length) say('지도 목록 없음: 그림을 놓을 수 없습니다 / no maps in the catalogue');
+    setInterval(refreshTimes, (Number(cfg.refresh) > 0 ? Number(cfg.refresh) : 60) * 1000);
+    setInterval(showAge, 60000);
+  }
+
+  (window.viewerConfig || loadConfig()).then((cfg) => {
+    if (cfg && cfg.products) build(cfg);
+    else say('viewer-config.json을 읽지 못했습니다 / the page has no configuration (tools/serve writes it)');
   });
 }
 
 if (typeof module !== 'undefined' && module.exports) {
   module.exports = {
-    canvasGeometry, zoomView, pixelToKm, zoomIn, zoomFields,
-    sectionPoint, sectionLine, pictureQuery, parseTime, addMinutes, currentTime, stepTimes,
-    timeIndex, stateToHash, stateFromHash,
+    canvasGeometry, fitSize, zoomView, pixelToKm, zoomIn, describeView, zoomFields, sectionPoint, sectionLine,
+    pictureQuery, parseTime, addMinutes, clockTime, shownTime, timeline, loopFrames, lonLat, describeColour,
+    stateToHash, stateFromHash,
   };
 } else if (typeof window !== 'undefined') {
   window.addEventListener('DOMContentLoaded', startViewer);

@@ -1,199 +1,189 @@
-// The viewer page in headless Chromium, as a forecaster uses it: it loads the latest picture,
-// zooms by clicks (rate 2 and 3), steps out and back, steps the time, draws a section by two
-// clicks, a shared address restores the view, and a page at the latest time follows a new grid
-// file. Exits 0 when every check held.
-//   node browser_viewer.js BASE_URL SCREENSHOT_DIR LATEST_GRID_FILE NEXT_GRID_FILE
-// The fixture behind BASE_URL: map HR of 100 x 120 km, grids 12:00 .. 12:30 on 2024-01-15.
+// The viewer page in headless Chromium as a forecaster uses it, on a phone (390 x 844, touch) and
+// on a desk (1400 x 1000), one session each: what it requests and shows after each action; exits
+// 0 when every check held and leaves a screenshot of each.  ARGS: BASE_URL SCREENSHOT_DIR
+// LATEST_GRID_FILE NEXT_GRID_FILE. Behind BASE_URL: map HR of 100 x 120 km, origin at (50, 60)
+// km; grids 12:00 .. 12:30 on 2024-01-15 but 12:15; rain in the west, 0.2 x row mm/h.
 'use strict';
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
-const os = require('node:os');
 const path = require('node:path');
 
-let chromium;
-try {
-  ({ chromium } = require('playwright-core'));
-} catch (err) {
-  console.error('playwright-core is missing: run "npm ci" in tests/web (tools/test does)');
-  process.exit(2);
-}
+// From tests/web/node_modules: "npm ci" there installs it (tools/test does).
+const { chromium } = require('playwright-core');
 
 const [base, shotDir, latestGrid, nextGrid] = process.argv.slice(2);
-const CHROMIUM = '/usr/bin/chromium';
-// The page at size 600: map 600 x 720 pixels, 20 title rows, 35 legend columns.
-const PICTURE = { width: 635, height: 740 };
+const T = (minute) => `2024011512${minute}`;
+const SESSIONS = [
+  ['phone', { viewport: { width: 390, height: 844 }, isMobile: true, hasTouch: true, deviceScaleFactor: 2 }],
+  ['desk', { viewport: { width: 1400, height: 1000 } }],
+];
 
 async function main() {
-  assert.ok(nextGrid, 'usage: node browser_viewer.js BASE_URL SCREENSHOT_DIR LATEST_GRID_FILE NEXT_GRID_FILE');
-  assert.ok(fs.existsSync(CHROMIUM), `${CHROMIUM} is missing (apt-get install chromium)`);
   fs.mkdirSync(shotDir, { recursive: true });
-  const profile = fs.mkdtempSync(path.join(os.tmpdir(), 'rdr-chromium-'));
-  const context = await chromium.launchPersistentContext(profile, {
-    executablePath: CHROMIUM,
-    headless: true,
-    viewport: { width: 1100, height: 900 },
+  const browser = await chromium.launch({ executablePath: '/usr/bin/chromium', headless: true,
     args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-      '--disable-background-networking', '--disable-component-update', '--disable-sync'],
-  });
+      '--disable-background-networking', '--disable-component-update', '--disable-sync'] });
   try {
-    await drive(await context.newPage());
+    for (const [name, options] of SESSIONS) {
+      const context = await browser.newContext({ ...options, acceptDownloads: true });
+      await context.grantPermissions(['clipboard-read', 'clipboard-write'], { origin: base });
+      const page = await context.newPage();
+      page.setDefaultTimeout(15000);
+      const errors = [];
+      page.on('pageerror', (err) => errors.push(err.message));
+      // Every request succeeds (the icon too); a picture replaced while loading is aborted.
+      page.on('response', (r) => r.status() >= 400 && errors.push(`${r.status()} ${r.url()}`));
+      page.on('requestfailed', (r) => r.failure().errorText !== 'net::ERR_ABORTED' && errors.push(r.url()));
+      await (name === 'phone' ? phone(page) : desk(page));
+      await page.screenshot({ path: path.join(shotDir, `viewer-${name}.png`), fullPage: true });
+      assert.deepEqual(errors, [], `${name}: errors in the page or failed requests`);
+      await context.close();
+    }
   } finally {
-    await context.close();
-    fs.rmSync(profile, { recursive: true, force: true });
+    await browser.close();
   }
-}
-
-async function drive(page) {
-  page.setDefaultTimeout(15000);
-  const pictures = new Map();
-  page.on('response', async (response) => {
-    if (!response.url().includes('/cgi-bin/rdr_sfc_pty_img?')) return;
-    pictures.set(response.url(), { status: response.status(), type: response.headers()['content-type'] });
-  });
-  const pageErrors = [];
-  page.on('pageerror', (err) => pageErrors.push(err.message));
-  // Every request the page makes succeeds (the icon too); a picture replaced while loading is aborted.
-  const failed = [];
-  page.on('response', (r) => r.status() >= 400 && failed.push(`${r.status()} ${r.url()}`));
-  page.on('requestfailed', (r) => r.failure().errorText !== 'net::ERR_ABORTED' && failed.push(r.url()));
-
-  await page.goto(base);
-  let request = await shownRequest(page);
-  check('the latest listed time and the whole map', request,
-    { obs: 'RNSN', map: 'HR', tm: '202401151230', size: '600', legend: '1' }, ['zoom_level']);
-  await pictureShown(page, pictures, request);
-
-  // (450, 200) shows 75 km east, 90 km north: three quarters across both ways, digit 5.
-  await clickPixel(page, 450, 200);
-  request = await shownRequest(page, request);
-  check('first zoom step', request, { zoom_level: '1', zoom_rate: '2', zoom_x: '5000000', zoom_y: '5000000' });
-  await pictureShown(page, pictures, request);
-
-  // In the view from (50, 60) km at magnification 2, (300, 400) shows (75, 88.3) km: digit 3 both ways.
-  await clickPixel(page, 300, 400);
-  request = await shownRequest(page, request);
-  check('second zoom step', request, { zoom_level: '2', zoom_x: '5300000', zoom_y: '5300000' });
-  await pictureShown(page, pictures, request);
-  await page.screenshot({ path: path.join(shotDir, 'viewer-zoomed.png'), fullPage: true });
-
-  await page.click('#zoom-out');
-  request = await shownRequest(page, request);
-  check('zoom out by one step', request, { zoom_level: '1', zoom_x: '5000000', zoom_y: '5000000' });
-
-  await page.click('#zoom-reset');
-  request = await shownRequest(page, request);
-  check('reset', request, {}, ['zoom_level', 'zoom_x', 'zoom_y']);
-
-  await page.selectOption('#zoom-rate', '3');
-  await clickPixel(page, 450, 200);
-  request = await shownRequest(page, request);
-  check('a third of the view, moved in ninths', request,
-    { zoom_level: '1', zoom_rate: '3', zoom_x: '6000000', zoom_y: '6000000' });
-  await pictureShown(page, pictures, request);
-
-  await page.click('#prev');
-  request = await shownRequest(page, request);
-  check('five minutes back keeps the zoom', request, { tm: '202401151225', zoom_x: '6000000' });
-  await page.click('#next');
-  await page.click('#next');
-  request = await shownRequest(page, request);
-  check('no step past the latest time', request, { tm: '202401151230' });
-
-  // The slider runs over the seven listed times; the loop plays them from the first.
-  await page.$eval('#time-slider', (slider) => {
-    slider.value = '2';
-    slider.dispatchEvent(new Event('input'));
-  });
-  request = await shownRequest(page, request);
-  check('the third listed time from the slider', request, { tm: '202401151210' });
-  await page.selectOption('#speed', '250');
-  await page.click('#play');
-  const played = new Set();
-  for (let k = 0; k < 12 && played.size < 3; k++) {
-    request = await shownRequest(page, request);
-    played.add(new URL(request).searchParams.get('tm'));
-  }
-  await page.click('#play');
-  assert.deepEqual([...played].sort(), ['202401151200', '202401151205', '202401151210'],
-    'the loop starts at the first time and steps by 5 minutes');
-  const paused = await shownRequest(page, '');
-  await page.waitForTimeout(700);
-  assert.equal(await shownRequest(page, ''), paused, 'pause holds the frame');
-  await page.click('#latest');
-  request = await shownRequest(page, paused);
-
-  await page.selectOption('#zoom-rate', '2');
-  await page.check('#mode-section');
-  await clickPixel(page, 300, 200);
-  await page.waitForSelector('#overlay circle');
-  await clickPixel(page, 450, 500);
-  request = await shownRequest(page, request);
-  check('section from (50, 90) to (75, 40) km', request, { x1: '50', y1: '90', x2: '75', y2: '40' }, ['zoom_level']);
-  await pictureShown(page, pictures, request);
-
-  await page.selectOption('#size', '400');
-  request = await shownRequest(page, request);
-  const small = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight]);
-  assert.deepEqual(small, [435, 500], 'a 400-pixel map with its legend');
-
-  // The address carries the view: a fresh page on it asks for the same picture.
-  const shared = page.url();
-  assert.match(shared, /#.*section=50%2C90%2C75%2C40/);
-  const second = await page.context().newPage();
-  await second.goto(shared);
-  assert.equal(await shownRequest(second), request, 'the shared address restores the request');
-  await second.close();
-
-  await page.selectOption('#size', '600');
-  request = await shownRequest(page, request);
-  await page.screenshot({ path: path.join(shotDir, 'viewer.png'), fullPage: true });
-
-  // The served list of times is rewritten as files arrive; the page at the latest time follows.
-  fs.copyFileSync(latestGrid, nextGrid);
-  request = await shownRequest(page, request);
-  check('the new latest time', request, { tm: '202401151240', x1: '50' });
-  assert.deepEqual(pageErrors, [], 'errors in the page');
-  assert.deepEqual(failed, [], 'failed requests');
   console.log('browser: every check held; screenshots in ' + shotDir);
 }
 
-// The request that the page shows once its picture has arrived (a different one than `previous`).
-async function shownRequest(page, previous) {
+async function phone(page) {
+  await step(page, 'the first picture', () => page.goto(base));
+  for (const width of [390, 360]) {
+    if (width === 360) await step(page, 'a narrower fit', () => page.setViewportSize({ width, height: 844 }));
+    const fit = await page.evaluate(() => [document.documentElement.scrollWidth, innerWidth,
+      document.getElementById('picture').getBoundingClientRect().width]);
+    assert.ok(fit[0] <= fit[1] && fit[2] >= 0.9 * fit[1], `${width} px: page, window, picture widths ${fit}`);
+  }
+  const size = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight]);
+  await step(page, 'a tap zooms', () => touchPixel(page, size[0] * 0.6, size[1] * 0.3), { zoom_level: '1' });
+  assert.match(await text(page, 'readout'), /°N · x [\d.]+ y [\d.]+ km · /, 'a tap reads out');
+  await page.tap('#mode-section');
+  await touchPixel(page, size[0] * 0.2, size[1] * 0.3);
+  const request = await step(page, 'two taps draw a section', () => touchPixel(page, size[0] * 0.5, size[1] * 0.8));
+  assert.match(request, /&zoom_level=1&.*&x1=\d+&y1=\d+&x2=\d+&y2=\d+$/);
+}
+
+async function desk(page) {
+  await step(page, 'the latest time, the whole map', () => page.goto(base), { obs: 'RNSN', tm: T(30) }, ['zoom_level']);
+  const box = await page.locator('#picture').boundingBox();
+  assert.ok(box.y + box.height <= 1000 && box.height > 900, `fits the window: ${JSON.stringify(box)}`);
+  assert.equal(await text(page, 'status'), '2024.01.15 12:30 · 실황 눈비영역');
+  assert.match(await text(page, 'age'), /^최신 자료 \/ latest data 2024\.01\.15 12:30: \d+일 전/);
+  assert.equal(await page.$eval('#time-marks', (m) => m.style.background.match(/var\(--gap\)/g).length), 1);
+
+  // At 600 pixels the map is 600 x 720 below 20 title rows: pixel (120, 554) shows (20, 31) km.
+  await step(page, 'a size', () => page.selectOption('#size', '600'), { size: '600' });
+  for (const [obs, reading] of [['HSR', '5 – 10 mm/h'], ['TW', '-2 – 1 °C'], ['RNSN', '비 / rain']]) {
+    await step(page, obs, () => page.selectOption('#obs', obs), { obs });
+    await page.mouse.move(...(await pagePoint(page, 120, 554)));
+    assert.equal(await text(page, 'readout'), `125.651°E 37.731°N · x 20.0 y 31.0 km · ${reading}`);
+  }
+
+  // (450, 200) shows 75 km east, 90 km north: three quarters across both ways, digit 5.
+  const click = (column, row) => async () => page.mouse.click(...(await pagePoint(page, column, row)));
+  await step(page, 'a click zooms', click(450, 200), { zoom_level: '1', zoom_x: '5000000', zoom_y: '5000000' });
+  assert.equal(await text(page, 'zoom-info'), '1/7단계 ×2 · 50 × 60 km · 남서 모서리 / south-west corner (50, 60) km');
+  const key = (name) => () => page.keyboard.press(name);
+  for (const [what, action, expected, absent] of [['Back undoes the zoom', () => page.goBack(), {}, ['zoom_level']],
+    ['Forward redoes it', () => page.goForward(), { zoom_x: '5000000' }], ['+', key('+'), { zoom_x: '5300000' }],
+    ['-', key('-'), { zoom_x: '5000000' }], ['0', key('0'), {}, ['zoom_level']], ['←', key('ArrowLeft'), { tm: T(25) }],
+    ['→', key('ArrowRight'), { tm: T(30) }]]) {
+    await step(page, what, action, expected, absent);
+  }
+
+  // Back to the earliest time; the program shows 12:10 for 12:15, and the page says so.
+  for (const minute of ['25', '20', '15', '10', '05', '00']) {
+    await step(page, '◀', () => page.click('#prev'), { tm: T(minute) });
+    if (minute !== '15') continue;
+    assert.match(await text(page, 'status'), /^12:15 자료 없음: 12:10 자료 표시 \/ data of 12:10 shown for 12:15 · /);
+    const [download] = await Promise.all([page.waitForEvent('download'), page.click('#download')]);
+    assert.equal(download.suggestedFilename(), 'RNSN_202401151210.png');
+  }
+  assert.ok(await page.isDisabled('#prev'), '◀ stops at the earliest time with data');
+  await step(page, 'a time without data', () => page.goto(base + '#tm=202401151100&size=600'), { tm: '202401151100' });
+  assert.match(await text(page, 'status'), /^오류 그림: .* \/ error picture: no data within 45 minutes up to 11:00$/);
+
+  // Stations named by what they show, with the key to their discs.
+  await step(page, 'latest', () => page.click('#latest'), { tm: T(30) });
+  await step(page, 'stations', () => page.selectOption('#aws', '4'), { aws: '4' });
+  assert.match(await page.$eval('#aws', (s) => s.options[4].text + s.options[5].text), /temperature.*humidity/);
+  assert.ok(await page.isVisible('#station-key'));
+
+  // Space plays the last hour: every frame requested before the first is shown, the last held.
+  await page.selectOption('#speed', '100');
+  await page.mouse.click(5, 5);
+  const played = page.evaluate(() => new Promise((resolve) => {
+    performance.clearResourceTimings();
+    const [text, shows] = [document.getElementById('loop-text'), []];
+    let asked;
+    new MutationObserver(() => {
+      if (!/^재생/.test(text.textContent) || shows.at(-1)?.[0] === text.textContent) return;
+      shows.push([text.textContent, performance.now()]);
+      asked = asked || performance.getEntriesByType('resource').map((e) => new URL(e.name).searchParams.get('tm'));
+      if (shows.length === 8) resolve({ shows, asked });
+    }).observe(text, { childList: true, subtree: true, characterData: true });
+  }));
+  await page.keyboard.press(' ');
+  const { shows, asked } = await played;
+  // 12:30 is the picture on the page already.
+  assert.deepEqual(asked.sort(), ['00', '05', '10', '20', '25'].map(T), 'every other frame asked first');
+  assert.deepEqual(shows.map(([frame]) => frame.split(' ').at(-1)), ['1/6', '2/6', '3/6', '4/6', '5/6', '6/6', '1/6', '2/6']);
+  assert.ok(shows[6][1] - shows[5][1] >= 1450, 'the last frame is held');
+  await page.keyboard.press(' ');
+  assert.equal(await text(page, 'loop-text'), '', 'space stops the loop');
+  await page.click('#latest');
+
+  // A section by two clicks; Esc cancels a first point.
+  await page.check('#mode-section');
+  for (const [action, points] of [[click(300, 200), 1], [key('Escape'), 0], [click(300, 200), 1]]) {
+    await action();
+    assert.equal(await page.locator('#overlay circle').count(), points);
+  }
+  const request = await step(page, 'a section', click(450, 500), { x1: '50', y1: '90', x2: '75', y2: '40' });
+
+  // Copy puts the page's address on the clipboard; that address restores the view.
+  await page.click('#copy');
+  await page.waitForFunction(() => /copied/.test(document.getElementById('copy').textContent));
+  const shared = await page.evaluate(() => navigator.clipboard.readText());
+  assert.equal(shared, page.url(), 'the page\'s address on the clipboard');
+  const second = await page.context().newPage();
+  assert.equal(await step(second, 'the shared address', () => second.goto(shared)), request);
+  await second.close();
+
+  // The served list of times is rewritten as files arrive; the page at the latest time follows.
+  await step(page, 'a new grid file', async () => fs.copyFileSync(latestGrid, nextGrid), { tm: T(40), x1: '50' });
+}
+
+// Does `action`, then waits until the picture of another request is on screen; checks the query
+// of that request for the expected values and none of the absent keys, and returns it.
+async function step(page, what, action, expected = {}, absent = []) {
+  const previous = await text(page, 'request').catch(() => '');
+  await action();
   await page.waitForFunction((prev) => {
     const img = document.getElementById('picture');
-    const shown = img.dataset.shown;
-    return shown && shown === img.getAttribute('src') && img.complete && img.naturalWidth > 0 &&
+    return img.dataset.shown === img.getAttribute('src') && img.complete && img.naturalWidth > 0 &&
       document.getElementById('request').textContent !== prev;
-  }, previous || '');
-  return page.$eval('#request', (code) => code.textContent);
+  }, previous);
+  const request = await text(page, 'request');
+  const query = new URL(request).searchParams;
+  for (const [key, value] of Object.entries(expected)) assert.equal(query.get(key), value, `${what}: ${key} in ${request}`);
+  for (const key of absent) assert.equal(query.get(key), null, `${what}: no ${key} in ${request}`);
+  return request;
 }
 
-// The picture of `request` came as a 200 PNG, decoded at the map's size, and is the one on screen.
-async function pictureShown(page, pictures, request) {
-  const answer = pictures.get(request);
-  assert.ok(answer, `no answer seen for ${request}`);
-  assert.equal(answer.status, 200);
-  assert.equal(answer.type, 'image/png');
-  const shown = await page.$eval('#picture', (img) => [img.currentSrc, img.naturalWidth, img.naturalHeight]);
-  assert.deepEqual(shown, [request, PICTURE.width, PICTURE.height]);
-}
+const text = (page, id) => page.$eval('#' + id, (e) => e.textContent);
 
-// Clicks the picture's pixel (column, row), whatever the scale it is shown at.
-async function clickPixel(page, column, row) {
+// Where the picture's pixel (column, row) is on the page, whatever the scale it is shown at.
+async function pagePoint(page, column, row) {
   const box = await page.locator('#picture').boundingBox();
   const size = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight]);
-  await page.mouse.click(box.x + ((column + 0.5) * box.width) / size[0],
-    box.y + ((row + 0.5) * box.height) / size[1]);
+  return [box.x + ((column + 0.5) * box.width) / size[0], box.y + ((row + 0.5) * box.height) / size[1]];
 }
 
-// The query of a request holds the expected values and none of the absent keys.
-function check(what, request, expected, absent = []) {
-  const query = new URL(request).searchParams;
-  for (const [key, value] of Object.entries(expected)) {
-    assert.equal(query.get(key), value, `${what}: ${key} in ${request}`);
-  }
-  for (const key of absent) assert.equal(query.get(key), null, `${what}: no ${key} in ${request}`);
+async function touchPixel(page, column, row) {
+  await page.locator('#picture').scrollIntoViewIfNeeded();
+  const [x, y] = await pagePoint(page, Math.floor(column), Math.floor(row));
+  await page.touchscreen.tap(x, y);
 }
 
 main().catch((err) => {

@@ -42,6 +42,8 @@ void draw_utf8(gdImagePtr im, const std::string &utf8, double points, int x, int
 
 }  // namespace
 
+std::string euckr_to_utf8(const char *euckr) { return to_utf8(euckr); }
+
 std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::size_t max_utf8)
 {
     std::size_t bytes = 0, utf8 = 0;

@@ -154,6 +154,8 @@ int user_input()
     return -1;
 }
 
+TIME_SEARCH time_search() { return {SEARCH_CANDIDATES, SEARCH_STEP_MIN}; }
+
 int rdr_sfc_pty_file()
 {
     int YY, MM, DD, HH, MI;

@@ -55,4 +55,12 @@ int user_input();
 // Names the grid file of var.seq in var.fname: 0 when it exists and is larger than 100 bytes.
 int rdr_sfc_pty_file();
 
+// The data-time search of user_input, for tools that predict which grid file a time shows: the
+// time rounded down to `step_min` minutes, then `candidates` times `step_min` apart, backwards.
+struct TIME_SEARCH {
+    int candidates;
+    int step_min;
+};
+TIME_SEARCH time_search();
+
 #endif
