@@ -84,6 +84,8 @@ TEST(Hostile, Queries)
         {"section far outside", tree, kBase + "&x1=2147483647&y1=-2147483648&x2=-5&y2=99999999", kPicture},
         {"stations without a zoom", tree, kBase + "&aws=2147483647", kPicture},
         {"every station mode zoomed in", tree, kBase + "&aws=10&zoom_level=5&zoom_x=3333&zoom_y=2222", kPicture},
+        {"wind barbs, values and terrain, bilinear", tree, kHsr + "&aws=8&zoom_level=2&zoom_x=43&zoom_y=52&gis=T&griddisp=1", kPicture},
+        {"stations named in a zoom of thirds", tree, kTw + "&aws=6&zoom_level=3&zoom_rate=3&zoom_x=55&zoom_y=44", kPicture},
         {"parent directory as map code, in the catalogue", tree, kBase + "&map=../x", kPicture},
         {"slash in map code, in the catalogue", tree, kBase + "&map=A/B", kPicture},
         {"unknown, lower-case, encoded and slashed map codes", tree, kBase + "&map=hr&map=%48%52&map=HR/", err(1)},
@@ -97,7 +99,7 @@ TEST(Hostile, Queries)
         {"keys without values", tree, "=obs&RNSN=&size=400", err(2)},
     };
     rows.insert(rows.end(), more.begin(), more.end());
-    run_rows(rows);
+    run_rows(rows, true);
 }
 
 std::string gzip_of(const fixture::Grid &g)
@@ -139,7 +141,14 @@ TEST(Hostile, DamagedGridFiles)
              std::string z = gzip_of(fixture::patterned_grid(100, 120));
              for (std::size_t k = z.size() / 3; k < z.size() / 3 + 40; k++) z[k] = (char)(z[k] ^ 0x5a);
              ASSERT_TRUE(fixture::write_bytes(grid_file(), z));
+         }, 30000, true},
+        {"two gzip members", tree, kHsr + "&griddisp=1", kPicture, {}, [] {
+             std::string content = fixture::encode_grid(fixture::patterned_grid(100, 120));
+             grid(fixture::make_grid(0, 0));
+             ASSERT_TRUE(fixture::write_bytes(grid_file(), fixture::gzip_bytes(content.substr(0, 20000), 1) +
+                                                               fixture::gzip_bytes(content.substr(20000), 9)));
          }},
+        {"content never compressed", tree, kTw, kPicture, {}, bytes(fixture::encode_grid(fixture::patterned_grid(100, 120)))},
         {"gzip header with every flag set", tree, kBase, kPicture, {}, [] {
              std::string z = gzip_of(fixture::patterned_grid(100, 120));
              z[3] = (char)0xff;
@@ -161,7 +170,7 @@ TEST(Hostile, DamagedGridFiles)
         {"cell size 0 and unknown placement", tree, kBase, kPicture, {}, placed(0, 99)},
         {"negative cell size", tree, kTw, kPicture, {}, placed(-1000, 2)},
         {"a cell size of one metre", tree, kHsr + "&griddisp=1", kPicture, {}, placed(1, 1)},
-    });
+    }, true);
 }
 
 std::function<void()> catalogue(const std::vector<std::string> &lines)

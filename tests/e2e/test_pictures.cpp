@@ -204,7 +204,7 @@ TEST(Pictures, GridLayer)
          {table::px(39, py(100), kC1), table::px(39, py(100) - 1, kC1), table::px(37, py(100), kC0), table::px(px(30), py(100), B),
           table::px(px(30), py(102), kC2), table::px(px(99), py(100), B), table::px(px(98) + 1, py(100), kC2),
           table::px(px(50), py(119), B)}},
-    });
+    }, true);
     // A single class leaves nothing to mark with.
     run_rows({{"one class", layer_tree, kLayer + "obs=HSR", kLayerPicture, {table::px(px(25), py(75), kC0)},
                [] { ASSERT_TRUE(fixture::write_color_file("color_rn_echo.rgb", {{10, 0, 0, 1.0f}})); }}});
@@ -228,7 +228,7 @@ TEST(Pictures, ZoomAndPlacement)
         {"domain 3", domain_3_tree, q, kLayerPicture, {table::px(40, 220, kSnow)}},
         // 2 km cells: the same pixel is 20 km in, 10 km offset, cell 15.
         {"2 km cells", two_km_cells_tree, q, kLayerPicture, {table::px(40, 220, kMixed)}},
-    });
+    }, true);
 }
 
 TEST(Pictures, TerrainAndOutlines)
@@ -281,7 +281,7 @@ TEST(Pictures, TerrainAndOutlines)
                         ASSERT_TRUE(fixture::write_outline_text("HR", 4, std::string("2 0\n10 50") + '\0' +
                                                                              "x\n40 50\n\n2 0\n10 30\nten 30\n2 0\n10 20\n40 20\n"));
                     }});
-    run_rows(rows);
+    run_rows(rows, true);
 }
 
 TEST(Pictures, PaletteFromColourFiles)
@@ -486,7 +486,7 @@ TEST(Pictures, Stations)
         rows.push_back({"mode " + std::to_string(m.mode), observed_stations, kStations + "zoom_level=3&aws=" + std::to_string(m.mode),
                         picture(500, 520), checks});
     }
-    run_rows(rows);
+    run_rows(rows, true);
 }
 
 // The answer's frame, the error picture's lines and sizes, the search back and the canvas.

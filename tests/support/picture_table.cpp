@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "picture_compare.h"
+
 namespace table {
 
 namespace {
@@ -173,7 +175,7 @@ Check error_lines(const std::vector<std::pair<int, std::string>> &lines)
     };
 }
 
-void run_rows(const std::vector<Row> &rows)
+void run_rows(const std::vector<Row> &rows, bool against_plain)
 {
     void (*written)() = nullptr;
     for (const Row &row : rows) {
@@ -186,6 +188,12 @@ void run_rows(const std::vector<Row> &rows)
         cgi::Answer a = cgi::run(row.query.c_str(), row.limit_ms);
         ASSERT_FALSE(a.timed_out);
         check_answer(row, a);
+        if (!against_plain) continue;
+        cgi::Answer plain = cgi::run(row.query.c_str(), row.limit_ms, "UTC0", RDR_PROGRAM_PLAIN);
+        std::string diff = cgi::picture_difference(plain.png, a.png);
+        EXPECT_EQ(plain.exit_status, a.exit_status);
+        EXPECT_TRUE(diff.empty() || (row.pixels_may_differ && diff.rfind("pixel", 0) == 0) || (!a.framed && !plain.framed))
+            << "the straightforward build differs: " << diff;
     }
 }
 
