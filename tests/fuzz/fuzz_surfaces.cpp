@@ -2,7 +2,7 @@
 // file of a small fixture tree the input becomes and which request then runs the whole program
 // in-process, as a fresh process would. Compiled once per surface (RDR_FUZZ_SURFACE names it;
 // its RDR_ROOT gives it a tree of its own, so two can run at once). The first bytes of an input
-// are the surface's choices, the rest the content of its file (make_seeds.cpp writes seeds so).
+// are the surface's choices, the rest the content of its file (the seeds in corpus/ are so made).
 #include <fcntl.h>
 #include <gd.h>
 #include <unistd.h>

@@ -1,18 +1,14 @@
-// The binary files under their readers: the hourly minute and QC files (slots, the cached open
-// file, failures and their messages, read-ahead, writing) and the grid stream's two inflaters,
-// which must give the same bytes for whole, joined, plain, cut and damaged files.
+// The hourly minute and QC files under their accessors: slots, the cached open file, failures
+// and their messages, read-ahead and writing. (The grid stream's two inflaters are held to each
+// other by the pictures of the fast and the straightforward builds.)
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "fixture_tree.h"
-#include "grid_stream.h"
 #include "le_bytes.h"
 #include "rdr_paths.h"
 #include "station_writers.h"
@@ -146,76 +142,6 @@ TEST_F(Aws3Io, FailuresTheirMessagesAndWriting)
     EXPECT_EQ(rain_at(9, 1, 5), -999);
     // Writing never creates a file: the producer of the observations does.
     EXPECT_EQ(AWS3_DATA_IO(2024, 7, 15, 13, 1, 20, &s.record, 'w'), -1);
-}
-
-// Compressible like a grid: runs of one byte with a sprinkle of noise.
-std::string content(std::size_t n)
-{
-    std::string s(n, '\0');
-    uint32_t x = 12345;
-    for (std::size_t i = 0; i < n; i++) {
-        x = x * 1103515245u + 12345u;
-        s[i] = (char)((i / 700) % 5 + ((x >> 16) % 13 == 0 ? (x >> 8) & 0xff : 0));
-    }
-    return s;
-}
-
-// A header-sized read, an optional skip, then reads of `chunk` bytes to the end: the bytes and
-// the size of every read.
-std::pair<std::string, std::vector<long>> read_all(const std::string &path, Inflater inflater, long skip, long chunk)
-{
-    std::pair<std::string, std::vector<long>> r;
-    GridStreamPtr s = grid_stream_open(path.c_str(), inflater);
-    std::vector<char> buf((std::size_t)chunk);
-    for (long got = s ? grid_stream_read(s.get(), buf.data(), 64) : 0; got > 0;
-         got = grid_stream_read(s.get(), buf.data(), chunk)) {
-        r.second.push_back(got);
-        r.first.append(buf.data(), (std::size_t)got);
-        if (r.second.size() == 1) grid_stream_skip(s.get(), skip);
-    }
-    return r;
-}
-
-std::string gzip(const std::string &path, const std::string &bytes, int level)
-{
-    EXPECT_TRUE(fixture::write_gzip(path, bytes, level));
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-TEST(GridStream, IsalGivesZlibsBytesWholeJoinedPlainCutAndDamaged)
-{
-    if (!grid_has_isal()) GTEST_SKIP() << "built without ISA-L";
-    fixture::reset_root();
-    const std::string path = fixture::grid_path(2024, 7, 15, 9, 30), text = content(700000);
-    std::string whole = gzip(path, text, 6), two = gzip(path, text.substr(0, 333333), 1) + gzip(path, text.substr(333333), 9);
-    std::vector<std::pair<std::string, std::string>> files = {
-        {"level 0", gzip(path, text, 0)}, {"level 9", gzip(path, text, 9)}, {"two members", two},
-        {"trailing bytes", whole + "junk after the member"}, {"not compressed", text}, {"one byte", "\x1f"},
-        {"empty", ""}, {"cut in the trailer", whole.substr(0, whole.size() - 3)}};
-    for (std::size_t cut : {1, 2, 5, 10, 11, 20}) files.push_back({"cut", whole.substr(0, cut)});
-    for (std::size_t k = 1; k < 40; k += 3) files.push_back({"cut", whole.substr(0, whole.size() * k / 40 + k)});
-    for (const auto &f : files) {
-        ASSERT_TRUE(fixture::write_bytes(path, f.second));
-        for (long skip : {0L, 100001L})
-            for (long chunk : {2305L, 262144L})
-                EXPECT_TRUE(read_all(path, Inflater::Zlib, skip, chunk) == read_all(path, Inflater::Isal, skip, chunk))
-                    << f.first << " " << f.second.size() << ", skip " << skip << ", chunk " << chunk;
-    }
-    ASSERT_TRUE(fixture::write_bytes(path, two));
-    EXPECT_TRUE(read_all(path, Inflater::Isal, 0, 4096).first == text);  // the whole content, and only it
-
-    // Where data break the inflaters may stop at different places, so one may give a few bytes
-    // more; what both give is the same, the undamaged start arrived and the damaged end did not.
-    std::string flipped = whole;
-    for (std::size_t i = flipped.size() / 2; i < flipped.size(); i += 97) flipped[i] = (char)(flipped[i] ^ 0x5a);
-    for (const std::string &file : {flipped, gzip(path, text.substr(0, 100000), 6) + "\x1f\x8b" + "not a member"}) {
-        ASSERT_TRUE(fixture::write_bytes(path, file));
-        std::string z = read_all(path, Inflater::Zlib, 0, 2305).first, i = read_all(path, Inflater::Isal, 0, 2305).first;
-        EXPECT_EQ(z.compare(0, std::min(z.size(), i.size()), i, 0, std::min(z.size(), i.size())), 0);
-        EXPECT_EQ(i.compare(0, 100000, text, 0, 100000), 0);
-        EXPECT_LT(i.size(), text.size());
-    }
 }
 
 }  // namespace
