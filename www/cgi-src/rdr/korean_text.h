@@ -7,12 +7,16 @@
 #include <gd.h>
 
 #include <cstddef>
+#include <string>
 
 // EUC-KR to UTF-8. The caller zero-fills `out` and gives it room for twice the input's length
 // plus one; nothing is terminated here. Returns the converter's count of irreversible
 // conversions, or -1 when the converter fails or meets a bad sequence (what was converted before
 // stays in `out`).
 int euckr2utf(char *str, char *out);
+
+// The UTF-8 form of an EUC-KR text: what euckr2utf converts of it.
+std::string utf8_of_euckr(const char *euckr);
 
 // The length of the longest prefix of `text` made of whole characters (a byte of 0x80 or more
 // starts a two-byte character) with at most max_bytes bytes and at most max_utf8 bytes once
