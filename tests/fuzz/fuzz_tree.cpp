@@ -176,7 +176,7 @@ std::string gzip_bytes(const std::string &content)
 
 void put_file(const std::string &path, const std::string &bytes) { must(fixture::write_bytes(path, bytes), path.c_str()); }
 
-void run_program(const char *query)
+void run_program(const char *query, int (*program_main)())
 {
     var = INPUT_VAR{};
     rdr_cmp_head = RDR_CMP_HEAD{};
@@ -188,7 +188,7 @@ void run_program(const char *query)
     else
         unsetenv("QUERY_STRING");
 
-    rdr_program_main();
+    program_main();
 
     rdr_sfc_pty_release();
     AWS3_DATA_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');

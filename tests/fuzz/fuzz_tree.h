@@ -9,8 +9,9 @@
 #include <string>
 #include <vector>
 
-// The program's main, compiled under this name for the fuzz targets.
+// The programs' mains (the picture, the probe), compiled under these names for the fuzz targets.
 int rdr_program_main();
+int rdr_probe_main();
 
 namespace fuzz {
 
@@ -49,10 +50,10 @@ void put_file(const std::string &path, const std::string &bytes);
 // A gzip stream of `content`, as the producer of the grid files writes it.
 std::string gzip_bytes(const std::string &content);
 
-// Runs the program once with QUERY_STRING set to `query` (unset for nullptr) from the state a
+// Runs the program (or the probe) once with QUERY_STRING set to `query` (unset for nullptr) from the state a
 // new process starts in, then frees the grids it allocated and closes the minute files it
 // keeps open, so that iterations neither grow nor see each other.
-void run_program(const char *query);
+void run_program(const char *query, int (*program_main)() = rdr_program_main);
 
 // The choices a target makes, one byte each from the front of the input (a byte past the end
 // reads as 0); the rest of the input is the content of the target's file.

@@ -45,6 +45,13 @@ std::vector<std::string> query_seeds()
     return seeds;
 }
 
+std::vector<std::string> probe_query_seeds()
+{
+    return {"x=2.55&y=40&tm=202401151205", "lon=125.5&lat=37.6&tm=202401151214&map=HR",
+            "x1=10&y1=20&x2=90&y2=110&n=50&tm=202401151205", "x1=-5&y1=0.5&x2=1e3&y2=7&n=99999",
+            "x=3&y=4&x1=1&lon=nan", "", std::string(1, '\0')};
+}
+
 fixture::Grid small_grid(int map_code, int dxy)
 {
     fixture::Grid g = fixture::make_grid(12, 14, dxy, map_code);
@@ -176,6 +183,7 @@ int main(int argc, char **argv)
     }
     std::string dir = argv[1];
     write_seeds(dir, "query", query_seeds());
+    write_seeds(dir, "probe_query", probe_query_seeds());
     write_seeds(dir, "grid_file", grid_seeds());
     write_seeds(dir, "map_catalogue", catalogue_seeds());
     write_seeds(dir, "color_file", colour_seeds());
