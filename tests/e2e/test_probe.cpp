@@ -115,9 +115,7 @@ std::string lonlat_query(float x, float y)
 {
     double lon, lat;
     fixture::lonlat_of_km(x, y, 50, 60, &lon, &lat);
-    char q[96];
-    std::snprintf(q, sizeof q, "lon=%.7f&lat=%.7f", lon, lat);
-    return q;
+    return "lon=" + std::to_string(lon) + "&lat=" + std::to_string(lat);  // six decimals: 0.1 m
 }
 
 struct Row {
