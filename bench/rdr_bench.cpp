@@ -2,10 +2,10 @@
 // server would (a new process, QUERY_STRING, the answer read from a pipe), and the request's floor
 // (zlib inflating exactly the blocks it needs, plus a process linked like the program writing a
 // blank picture of the same size), interleaved over the repeats so that noise hits all alike.
-// Prints per request and build the median time, the floor, their ratio and spread, the same for
-// processor time, and the peak memory; first checks that every build draws the reference
-// build's pixels. Exit status 0 when
-// every picture matched, 1 when one did not or a run failed, 2 for a usage error.
+// First checks that every build draws the reference build's pixels. Prints per request and build
+// the median time, the floor, their ratio and spread, the same for processor time, and the peak
+// memory; then the probe's answers beside the picture that inflates the same bytes. Exit status 0
+// when every picture matched, 1 when one did not or a run failed, 2 for a usage error.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@ namespace {
 
 constexpr double RATIO_GOAL = 1.5;
 constexpr double MEMORY_GOAL_MIB = 64.0;
+constexpr double PROBE_RATIO_GOAL = 1.0;
 
 struct Build {
     std::string name;
@@ -41,6 +43,7 @@ struct Options {
     std::string reference;      // the straightforward build, whose pictures the others must match
     std::string inflate_tool;
     std::string blank_tool;
+    std::string probe;          // the probe, timed beside its picture; empty: not timed
     int repeat = 15;
 };
 
@@ -169,6 +172,8 @@ bool parse_options(int argc, char **argv, Options &o)
             o.inflate_tool = value;
         else if (key == "--blank")
             o.blank_tool = value;
+        else if (key == "--probe")
+            o.probe = value;
         else if (key == "--repeat")
             o.repeat = std::max(1, std::atoi(value.c_str()));
         else
@@ -279,6 +284,40 @@ bool print_table(const Options &o, const std::vector<Request> &requests)
     return goals;
 }
 
+// The probe's requests and their picture, interleaved over the repeats, with the first build's
+// picture; false when a run failed or an answer is an error.
+bool time_probe(const Options &o)
+{
+    const std::string when = std::string("&") + bench::kDataTime;
+    const std::size_t n = std::size(bench::kProbeRequests);
+    Samples picture;
+    std::vector<Samples> probe(n);
+    for (int rep = 0; rep < o.repeat; rep++) {
+        Run p = run_process({o.builds[0].path}, bench::kProbePicture + when);
+        if (!p.ok) return false;
+        picture.add(p);
+        for (std::size_t k = 0; k < n; k++) {
+            Run r = run_process({o.probe}, bench::kProbeRequests[k] + when);
+            if (!r.ok || r.out.find("\"error\"") != std::string::npos) return false;
+            probe[k].add(r);
+        }
+    }
+    std::printf("\nThe probe beside the picture %s (%s), which inflates the same bytes; ms, medians:\n",
+                bench::kProbePicture, o.builds[0].name.c_str());
+    std::printf("%-40s %9s %6s %8s %9s %9s %6s\n", "probe request", "median", "spread", "cpu", "picture", "pic cpu",
+                "ratio");
+    bool goal = true;
+    for (std::size_t k = 0; k < n; k++) {
+        double ratio = probe[k].median() / picture.median();
+        std::printf("%-40s %9.1f %5.0f%% %8.1f %9.1f %9.1f %6.2f\n", bench::kProbeRequests[k], probe[k].median(),
+                    100 * probe[k].spread(), probe[k].cpu_median(), picture.median(), picture.cpu_median(), ratio);
+        goal = goal && ratio <= PROBE_RATIO_GOAL;
+    }
+    std::printf("%s: every probe answer within %.1f times the picture's time\n", goal ? "met" : "NOT met",
+                PROBE_RATIO_GOAL);
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char **argv)
@@ -292,7 +331,7 @@ int main(int argc, char **argv)
     if (!parse_options(argc, argv, o)) {
         std::fprintf(stderr,
                      "usage: rdr_bench --build NAME=PROGRAM [--build NAME=PROGRAM]... [--reference PROGRAM]\n"
-                     "                 --inflate TOOL --blank TOOL [--repeat N]\n"
+                     "                 --inflate TOOL --blank TOOL [--probe PROBE] [--repeat N]\n"
                      "       rdr_bench --data-time\n");
         return 2;
     }
@@ -315,6 +354,10 @@ int main(int argc, char **argv)
                 "interquartile range of the wall times against their median.\n",
                 o.repeat);
     print_table(o, requests);
+    if (!o.probe.empty() && !time_probe(o)) {
+        std::fprintf(stderr, "rdr_bench: a probe run failed or answered an error\n");
+        return 1;
+    }
     if (!same) std::printf("\nNOT the same pixels: see the checks above\n");
     return same ? 0 : 1;
 }

@@ -15,6 +15,14 @@ constexpr const char *kRequests[] = {
     "obs=RNEX&size=1200&aws=1&zoom_level=2&zoom_rate=3&zoom_x=5500000&zoom_y=4400000",
 };
 
+// The probe's answers (a point with its station, a line of the most samples), each timed beside
+// the picture that inflates the same bytes: the goal is a probe no slower than that picture.
+constexpr const char *kProbePicture = "obs=RN15X&size=600";
+constexpr const char *kProbeRequests[] = {
+    "x=646&y=786",
+    "x1=400&y1=500&x2=900&y2=1000&n=2000",
+};
+
 }  // namespace bench
 
 #endif

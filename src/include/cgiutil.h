@@ -39,5 +39,7 @@ const char *scan_int(const char *p, int *out);
 // nan included); returns the position after it, or nullptr (and `out` untouched) when no number
 // starts there.
 const char *scan_float(const char *p, float *out);
+// The same in double precision, as strtod reads it.
+const char *scan_double(const char *p, double *out);
 
 #endif

@@ -92,31 +92,37 @@ namespace {
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // A plain decimal number (digits, a point, an exponent) starts at q: from_chars reads it several
-// times faster than strtof and, both rounding correctly, to the same float. Signs other than
-// '-', hexadecimal, inf, nan and numbers beyond the float range are strtof's.
-const char *scan_plain_decimal(const char *q, float *out)
+// times faster than strtof and, both rounding correctly, to the same value. Signs other than
+// '-', hexadecimal, inf, nan and numbers beyond the type's range are strtof's (strtod's).
+template <typename T>
+const char *scan_plain_decimal(const char *q, T *out)
 {
     const char *digits = *q == '-' ? q + 1 : q;
     bool plain = is_digit(digits[0]) ? !(digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X'))
                                      : digits[0] == '.' && is_digit(digits[1]);
     if (!plain) return nullptr;
-    float v;
+    T v;
     std::from_chars_result r = std::from_chars(q, q + std::strlen(q), v);
     if (r.ec != std::errc()) return nullptr;
     *out = v;
     return r.ptr;
 }
 
-}  // namespace
-
-const char *scan_float(const char *p, float *out)
+template <typename T>
+const char *scan_number(const char *p, T *out, T (*convert)(const char *, char **))
 {
     const char *q = p;
     while (std::isspace((unsigned char)*q)) q++;
     if (const char *end = scan_plain_decimal(q, out)) return end;
     char *end = nullptr;
-    float v = std::strtof(p, &end);
+    T v = convert(p, &end);
     if (end == p) return nullptr;
     *out = v;
     return end;
 }
+
+}  // namespace
+
+const char *scan_float(const char *p, float *out) { return scan_number(p, out, std::strtof); }
+
+const char *scan_double(const char *p, double *out) { return scan_number(p, out, std::strtod); }

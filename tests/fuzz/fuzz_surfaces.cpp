@@ -27,7 +27,9 @@
 #include "station_writers.h"
 #include "user_input.h"
 
+// The mains of the picture and the point program, compiled under these names for the drivers.
 int rdr_program_main();
+int rdr_probe_main();
 
 namespace {
 
@@ -126,7 +128,7 @@ struct Choices {
 
 // One run of the program from the state a new process starts in; afterwards the grids it
 // allocated are freed and the minute files it keeps open closed, so runs neither grow nor meet.
-void run_program(const std::string &query, bool has_query = true)
+void run_program(int (*program)(), const std::string &query, bool has_query)
 {
     var = INPUT_VAR{};
     rdr_cmp_head = RDR_CMP_HEAD{};
@@ -135,7 +137,7 @@ void run_program(const std::string &query, bool has_query = true)
     std::memset(stn_data, 0, sizeof stn_data);
     if (has_query) setenv("QUERY_STRING", query.c_str(), 1);
     else unsetenv("QUERY_STRING");
-    rdr_program_main();
+    program();
     rdr_sfc_pty_release();
     AWS3_DATA_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
     AWS3_QCD_IO(0, 0, 0, 0, 0, 0, nullptr, 'c');
@@ -157,6 +159,14 @@ Then place_query(Choices &c, std::string &q)
     setenv("QUERY_STRING", q.c_str(), 1);
     user_input();
     return var.size > 640 && var.size <= 8192 ? Then::Reject : Then::Run;
+}
+
+// The point program's query: points and lines of at most 2000 samples are all affordable.
+Then place_probe_query(Choices &c, std::string &q)
+{
+    q = c.rest();
+    if (!q.empty() && q[0] != '\0') q.resize(std::strlen(q.c_str()));
+    return Then::Run;
 }
 
 // The grid file: the rest as it stands, compressed whole or compressed and cut. Headers with
@@ -286,9 +296,10 @@ struct Surface {
     const char *name;
     unsigned tree;  // the parts written once, before the first input
     Place place;
+    int (*program)() = rdr_program_main;
 };
 const Surface kSurfaces[] = {
-    {"query", ALL, place_query},          {"grid_file", ALL & ~GRIDS, place_grid},
+    {"query", ALL, place_query}, {"probe_query", ALL, place_probe_query, rdr_probe_main}, {"grid_file", ALL & ~GRIDS, place_grid},
     {"map_catalogue", ALL & ~CATALOGUE, place_catalogue}, {"color_file", CATALOGUE | GRIDS | TERRAIN, place_colours},
     {"outline", CATALOGUE | GRIDS, place_outline},        {"stations", ALL & ~STATIONS, place_stations},
     {"minute_files", CATALOGUE | GRIDS | COLOURS | FIRST_SLOTS, place_minutes}, {"euckr", 0, place_euckr},
@@ -316,6 +327,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, std::size_t size)
     Choices c{bytes, size};
     std::string query;
     Then then = surface().place(c, query);
-    if (then == Then::Run) run_program(query, query.empty() || query[0] != '\0');
+    if (then == Then::Run) run_program(surface().program, query, query.empty() || query[0] != '\0');
     return then == Then::Reject ? -1 : 0;
 }

@@ -38,7 +38,7 @@ constexpr int CENTRE_SIZE = 5;
 constexpr double NAME_FONT_SIZE = 10.0;
 constexpr std::size_t LABEL_CAP = 30;
 
-bool in_view(const STN_VAL &s) { return s.x > 0 && s.x < var.NX && s.y > 0 && s.y < var.NY; }
+bool in_view(const STN_VAL &s) { return inside_map(s.x, s.y); }
 
 bool drawn_at_zoom_level(const STN_VAL &s)
 {

@@ -14,9 +14,6 @@
 
 namespace {
 
-// Grid values at or below this are missing.
-constexpr float MISSING_LIMIT = -299.999f;
-
 // What a pixel needs to know of the request and the palette.
 struct Layer {
     SampleKind kind;

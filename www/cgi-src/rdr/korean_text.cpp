@@ -21,10 +21,8 @@ int euckr2utf(char *str, char *out)
     return (int)result;
 }
 
-namespace {
-
-// The UTF-8 form: at most twice the EUC-KR length, plus the terminator.
-std::string to_utf8(const char *euckr)
+// At most twice the EUC-KR length, plus the terminator.
+std::string euckr_to_utf8(const char *euckr)
 {
     std::string in(euckr);
     std::string out(2 * in.size() + 1, '\0');
@@ -32,6 +30,8 @@ std::string to_utf8(const char *euckr)
     out.resize(std::strlen(out.c_str()));
     return out;
 }
+
+namespace {
 
 void draw_utf8(gdImagePtr im, const std::string &utf8, double points, int x, int y, int colour)
 {
@@ -41,8 +41,6 @@ void draw_utf8(gdImagePtr im, const std::string &utf8, double points, int x, int
 }
 
 }  // namespace
-
-std::string euckr_to_utf8(const char *euckr) { return to_utf8(euckr); }
 
 std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::size_t max_utf8)
 {
@@ -64,13 +62,13 @@ std::size_t euckr_whole_prefix(const char *text, std::size_t max_bytes, std::siz
 
 void draw_euckr(gdImagePtr im, const char *euckr, double points, int x, int y, int colour)
 {
-    draw_utf8(im, to_utf8(euckr), points, x, y, colour);
+    draw_utf8(im, euckr_to_utf8(euckr), points, x, y, colour);
 }
 
 void draw_euckr_bold(gdImagePtr im, const char *euckr, double points, int x_first, int x_second, int y,
                      int colour)
 {
-    std::string utf8 = to_utf8(euckr);
+    std::string utf8 = euckr_to_utf8(euckr);
     draw_utf8(im, utf8, points, x_first, y, colour);
     draw_utf8(im, utf8, points, x_second, y, colour);
 }

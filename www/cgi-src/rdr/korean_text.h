@@ -15,7 +15,7 @@
 // stays in `out`).
 int euckr2utf(char *str, char *out);
 
-// `euckr` in UTF-8, as far as it converts: the text as the picture draws it, for other readers.
+// The UTF-8 form of an EUC-KR text, as far as it converts: the text as the picture draws it.
 std::string euckr_to_utf8(const char *euckr);
 
 // The length of the longest prefix of `text` made of whole characters (a byte of 0x80 or more

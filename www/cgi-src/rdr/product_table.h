@@ -28,6 +28,13 @@ struct PRODUCT {
     bool whole_thresholds;     // legend thresholds always without decimals; else one below 5
 };
 
+// A stored int16 of a value block as the value: v x 0.01 + the product's value_offset, formed in
+// double precision and kept as a float.
+inline float scaled_value(int stored, double value_offset) { return (float)(stored * 0.01 + value_offset); }
+
+// Values at or below this are missing.
+constexpr float MISSING_LIMIT = -299.999f;
+
 // The class of a code byte (stations in the low, radar in the high 4 bits) by `rule`; 0 is no
 // class, and a rule of None gives 0 everywhere.
 unsigned char class_of_code(ClassRule rule, unsigned char b);

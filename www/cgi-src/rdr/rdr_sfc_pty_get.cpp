@@ -110,7 +110,7 @@ void read_values(GridStream *s, int nx, int ny, const std::vector<char> &rows)
     read_rows(s, ny, 2L * nx, rows, [&](int j, const unsigned char *row, long arrived) {
         float *out = data[j];
         int cells = (int)(arrived / 2);
-        for (int i = 0; i < cells; i++) out[i] = (float)(le_i16(row + 2 * i) * 0.01 + offset);
+        for (int i = 0; i < cells; i++) out[i] = scaled_value(le_i16(row + 2 * i), offset);
         std::fill(out + cells, out + nx, MISSING_VALUE);
     });
 }

@@ -12,6 +12,7 @@
 
 INPUT_VAR var;
 const PRODUCT *product = &product_of("");
+int seq_asked;
 
 namespace {
 
@@ -130,6 +131,7 @@ int user_input()
 {
     char tm[TM_CAP];
     set_defaults(tm);
+    seq_asked = 0;
 
     const char *query = std::getenv("QUERY_STRING");
     if (query) parse_query(query, tm);
@@ -146,6 +148,7 @@ int user_input()
     else
         var.seq = var.seq_now;
     var.seq = (var.seq / SEARCH_STEP_MIN) * SEARCH_STEP_MIN;
+    seq_asked = var.seq;
 
     for (int k = 0; k < SEARCH_CANDIDATES; k++) {
         if (rdr_sfc_pty_file() == 0) return 0;

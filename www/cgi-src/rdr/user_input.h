@@ -48,6 +48,10 @@ extern INPUT_VAR var;
 // else), so every room asks it rather than the code.
 extern const PRODUCT *product;
 
+// The time asked for: the requested (or current) time rounded down to 5 minutes, before the
+// search back; set by user_input once it has a query string, 0 before.
+extern int seq_asked;
+
 // Fills `var` and `product` from QUERY_STRING and finds the data time: 0 when a grid file was
 // found for one of the ten candidate times, -1 without a query string or without a file.
 int user_input();

@@ -37,6 +37,24 @@ bool canvas_of_request()
     return true;
 }
 
+// The grid cell position of the map's south-west corner, from the reference table of the header's
+// map code.
+struct CellOrigin {
+    float x;
+    float y;
+};
+CellOrigin cell_origin(const RDR_CMP_HEAD &head)
+{
+    CellOrigin o = {0, 0};
+    for (const GridReference &r : kReferences) {
+        if (r.map_code != head.map_code) continue;
+        // In double: a catalogue's origin may lie anywhere in the int range.
+        o.x = (float)(((double)r.east - var.SX) * 1000.0 / head.dxy);
+        o.y = (float)(((double)r.north - var.SY) * 1000.0 / head.dxy);
+    }
+    return o;
+}
+
 SampleKind sample_kind()
 {
     if (product->kind == ProductKind::Classes) return SampleKind::Class;
@@ -53,17 +71,11 @@ GridSampling grid_sampling(const RDR_CMP_HEAD &head)
     g.ny = head.ny;
     int dxy = head.dxy;
     if (dxy <= 0 || var.NI <= 0) return g;
-    float xo = 0, yo = 0;
-    for (const GridReference &r : kReferences) {
-        if (r.map_code != head.map_code) continue;
-        // In double: a catalogue's origin may lie anywhere in the int range.
-        xo = (float)(((double)r.east - var.SX) * 1000.0 / dxy);
-        yo = (float)(((double)r.north - var.SY) * 1000.0 / dxy);
-    }
+    CellOrigin o = cell_origin(head);
     float grid_nx = (float)(var.NX * 1000.0 / dxy);
     float grid_ny = (float)(var.NY * 1000.0 / dxy);
     g.rate = grid_nx / (float)var.NI;
-    g.cells = zoom_view(grid_nx, grid_ny, zoom_rule_of_request(), xo, yo);
+    g.cells = zoom_view(grid_nx, grid_ny, zoom_rule_of_request(), o.x, o.y);
     g.placed = true;
     return g;
 }
@@ -151,6 +163,17 @@ GridColumn grid_column(int i)
     const GridSampling &g = view.grid;
     float x = view_x(g.cells, g.rate, i);
     return {x, cell_index(x + NEAREST_SHIFT, g.nx), cell_index(x, g.nx - 1)};
+}
+
+GRID_CELL grid_cell_at(const RDR_CMP_HEAD &head, double x, double y)
+{
+    if (head.dxy <= 0 || head.nx <= 0 || head.ny <= 0) return {-1, -1};
+    CellOrigin o = cell_origin(head);
+    // In double: a position typed as 2.55 km of a 1 km grid then rounds at .55 as the rule says,
+    // and the float positions of the picture's pixels are held exactly.
+    double cx = x * 1000.0 / head.dxy + o.x;
+    double cy = y * 1000.0 / head.dxy + o.y;
+    return {cell_index(cx + NEAREST_SHIFT, head.nx), cell_index(cy + NEAREST_SHIFT, head.ny)};
 }
 
 ROW_PLAN view_row_plan()

@@ -120,6 +120,16 @@ struct GridColumn {
 constexpr double NEAREST_SHIFT = 0.45;
 GridColumn grid_column(int i);
 
+// The grid cell that nearest-cell sampling takes at the map position (x, y) km, unzoomed: column
+// i and row j, -1 for an axis outside the grid (and both without a cell size or cells).
+struct GRID_CELL {
+    int i, j;
+};
+GRID_CELL grid_cell_at(const RDR_CMP_HEAD &head, double x, double y);
+
+// Whether a map position (km) lies inside the map, its edges excluded.
+inline bool inside_map(float x, float y) { return x > 0 && x < var.NX && y > 0 && y < var.NY; }
+
 // Every row of the map area that shows the grid, bottom to top: `visit(j, y, near_row, low_row)`
 // for image row GJ - j, grid position y, the nearest grid row and the lower row of the bilinear
 // pair (-1 outside). The grid layer draws and the row plan is made through here.

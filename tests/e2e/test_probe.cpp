@@ -1,0 +1,196 @@
+// The probe end to end: the real program on a 100 x 120 km map whose 1 km grid (map code 0, cell
+// (i, j) at km (i, j)) stores its own position in every block, so each answer names the cell it
+// read. One table of queries and damaged trees; every answer must be status 200, JSON, one
+// parseable object within a time limit, and show the value its row expects.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "cgi_run.h"
+#include "fixture_tree.h"
+#include "rdr_paths.h"
+#include "station_writers.h"
+
+namespace {
+
+// The raw text of the value at `path` ("point.classes.RNSN.name", "line.samples.3.x") of the
+// JSON at s[p..], which the walk checks for well-formedness throughout; false when it is not.
+bool walk(const std::string &s, std::size_t &p, const std::string &path, std::string *found)
+{
+    auto ws = [&] { while (p < s.size() && std::isspace((unsigned char)s[p])) p++; };
+    std::size_t dot = path.find('.'), start = (ws(), p);
+    std::string head = path.substr(0, dot), tail = dot == std::string::npos ? "" : path.substr(dot + 1);
+    if (p >= s.size()) return false;
+    if (s[p] == '{' || s[p] == '[') {
+        char close = s[p] == '{' ? '}' : ']';
+        ws(), p++, ws();
+        for (int k = 0; p < s.size() && s[p] != close; k++) {
+            std::string key = std::to_string(k);
+            if (close == '}') {
+                std::size_t at = p;
+                if (!walk(s, p, "", &key) || s[at] != '"' || (ws(), s[p++] != ':')) return false;
+                key = key.substr(1, key.size() - 2);
+            }
+            if (!walk(s, p, key == head && !path.empty() ? tail : "\x01", found)) return false;
+            ws();
+            if (s[p] == ',') p++, ws();
+            else if (s[p] != close) return false;
+        }
+        if (p++ >= s.size()) return false;
+    } else if (s[p] == '"') {
+        for (p++; p < s.size() && s[p] != '"'; p++)
+            if ((unsigned char)s[p] < 0x20 || (s[p] == '\\' && ++p >= s.size())) return false;
+        if (p++ >= s.size()) return false;
+    } else {
+        while (p < s.size() && std::string("-+.eE0123456789nulltrfas").find(s[p]) != std::string::npos) p++;
+        std::string word = s.substr(start, p - start);
+        if (word.empty() || (std::isalpha((unsigned char)word[0]) && word != "null" && word != "true" && word != "false"))
+            return false;
+    }
+    if (path.empty()) *found = s.substr(start, p - start);
+    return true;
+}
+
+// The whole body must be one object; then the text at `path`, or "(absent)".
+std::string lookup(const std::string &body, const std::string &path)
+{
+    std::size_t p = 0;
+    std::string found = "(absent)", whole;
+    if (!walk(body, p, "", &whole) || whole[0] != '{' || body.find_first_not_of(" \n", p) != std::string::npos)
+        return "(not one JSON object)";
+    p = 0;
+    walk(body, p, path, &found);
+    return found;
+}
+
+const char *const kTm = "&tm=202401151205";
+constexpr int kStation = 123;
+
+fixture::Grid positional_grid()
+{
+    fixture::Grid g = fixture::make_grid(100, 120);
+    for (int j = 0; j < 120; j++)
+        for (int i = 0; i < 100; i++) {
+            std::size_t k = g.at(i, j);
+            g.code[k] = (uint8_t)((i % 5) | (j % 5) << 4);
+            g.area[k] = (uint8_t)((i + j) % 5);
+            g.tw[k] = fixture::tw_raw(i + 0.01 * j);
+            g.hsr[k] = (int16_t)(100 * i + j);
+            g.rn15x[k] = (int16_t)(100 * j + i);
+        }
+    g.hsr[g.at(30, 40)] = fixture::rain_raw(-300.0);
+    return g;
+}
+
+// The map, the grid of 12:05 and one raining station at (20, 30) km observed 12:00 .. 12:10.
+void write_tree()
+{
+    fixture::reset_root();
+    fixture::write_simple_catalogue();
+    ASSERT_TRUE(fixture::write_grid(positional_grid(), 2024, 1, 15, 12, 5));
+    ASSERT_TRUE(fixture::write_station_catalogues({{{kStation}, 20, 30}}, 50, 60));
+    std::vector<fixture::MinuteSlot> slots;
+    for (int mi = 0; mi <= 10; mi++) {
+        fixture::MinuteSlot m{mi, kStation, fixture::minute_record(kStation, 2024, 1, 15, 12, mi)};
+        m.record.d[7] = 1, m.record.d[67] = 12, m.record.d[65] = 1800, m.record.d[66] = 35;
+        slots.push_back(m);
+    }
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 1, 15, 12, slots));
+}
+
+std::function<void()> grid_damage(std::function<void(std::string &)> change)
+{
+    return [change] {
+        std::string bytes = fixture::encode_grid(positional_grid());
+        change(bytes);  // left uncompressed: the stream reads a file without the gzip magic as it stands
+        ASSERT_TRUE(fixture::write_bytes(fixture::grid_path(2024, 1, 15, 12, 5), bytes));
+    };
+}
+
+std::string lonlat_query(float x, float y)
+{
+    double lon, lat;
+    fixture::lonlat_of_km(x, y, 50, 60, &lon, &lat);
+    return "lon=" + std::to_string(lon) + "&lat=" + std::to_string(lat);  // six decimals: 0.1 m
+}
+
+struct Row {
+    std::string what, query;
+    std::vector<std::pair<std::string, std::string>> expect;  // path, raw text ("*": a text)
+    std::function<void()> damage = nullptr;
+};
+
+TEST(Probe, AnswersByTable)
+{
+    const std::string tm = kTm, line = "x1=10&y1=20&x2=40&y2=60&n=11" + tm, big(1000, '9');
+    const std::string rnsn2 = "{\"class\":3,\"name\":\"\xeb\x88\x88\xeb\xb9\x84\"}";  // 눈비
+    const std::pair<std::string, std::string> error = {"error", "*"};
+    auto cut = grid_damage([](std::string &b) { b.resize(64 + 48000 + 2000); });  // HSR rows 0..9
+    std::vector<Row> rows = {
+        {"x.55 takes the next cell", "x=2.55&y=40" + tm, {{"point.cell", "[3,40]"}, {"point.hsr", "3.40"}}},
+        {"x.54 keeps its cell", "x=2.54&y=40" + tm, {{"point.cell", "[2,40]"}, {"point.hsr", "2.40"}}},
+        {"y.55 likewise", "x=5&y=39.55" + tm, {{"point.rn15x", "40.05"}}},
+        {"codes, classes, names, values", "x=7&y=13" + tm,
+         {{"point.pty_aws", "2"}, {"point.pty_rdr", "3"}, {"point.classes.RNSN2", rnsn2}, {"point.tw", "7.13"},
+          {"point.classes.RNEX.name", "\"AWS RDR\""}, {"point.area", "0"}, {"point.classes.AREA", "null"}}},
+        {"missing value", "x=30&y=40" + tm, {{"point.hsr", "null"}, {"point.rn15x", "40.30"}}},
+        {"outside the map (inside the grid's rounding)", "x=-0.5&y=10" + tm, {{"point.cell", "null"}, {"point.tw", "null"}}},
+        {"lon and lat", lonlat_query(20.3f, 30.3f) + tm, {{"point.cell", "[20,30]"}}},
+        {"search back", "x=5&y=5&tm=202401151214", {{"tm", "\"202401151205\""}, {"tm_asked", "\"202401151210\""},
+                                                    {"file", "\"RDR_SFC_PTY_202401151205.bin.gz\""}}},
+        {"station", "x=23&y=34" + tm,
+         {{"station.stn_id", "123"}, {"station.distance_km", "5.000"}, {"station.rain", "1"},
+          {"station.name", "\"\xec\x84\x9c\xec\x9a\xb8\""}, {"station.rn15x_x4", "4.80"}, {"station.wd", "180.0"}}},
+        {"no station within 20 km", "x=41&y=30" + tm, {{"station", "null"}}},
+        {"line", line, {{"line.samples.0.x", "10.000"}, {"line.samples.10.y", "60.000"}, {"line.length_km", "50.000"},
+                        {"line.samples.1.cell", "[13,24]"}, {"line.samples.1.hsr", "13.24"}, {"line.samples.5.d", "25.000"}}},
+        {"n=0 becomes 2", line + "&n=0", {{"line.samples.1.x", "40.000"}, {"line.samples.2", "(absent)"}}},
+        {"n=-5 becomes 2", line + "&n=-5", {{"line.n", "2"}}},
+        {"n=99999 becomes 2000", line + "&n=99999", {{"line.samples.1999.x", "40.000"}, {"line.samples.2000", "(absent)"}}},
+        {"over-long number", "x=" + big + "&y=5" + tm, {error}},
+        {"over-long decimals are cut", "x=2.5" + std::string(1000, '0') + "&y=5" + tm, {{"point.cell", "[2,5]"}}},
+        {"over-long key", big + "=1&x=1&y=1" + tm, {{"point.cell", "[1,1]"}}},
+        {"lon garbage", "lon=abc&lat=37" + tm, {error}},
+        {"lat beyond the pole", "lon=127&lat=95" + tm, {error}},
+        {"lon not a number", "lon=nan&lat=inf" + tm, {error}},
+        {"trailing letters", "x=3km&y=4" + tm, {error}},
+        {"x without y", "x=3" + tm, {error}},
+        {"no point", tm.substr(1), {error, {"tm_asked", "\"202401151205\""}}},
+        {"empty query", "", {error}},
+        {"no query string", "(unset)", {error, {"tm_asked", "(absent)"}}},
+        {"point and line", "x=3&y=4&x1=1" + tm, {error}},
+        {"x and lon", "x=3&y=4&lon=127" + tm, {error}},
+        {"unknown map", "x=3&y=4&map=XX" + tm, {error, {"map", "\"XX\""}}},
+        {"no file in the candidates", "x=3&y=4&tm=202401151300", {error, {"tm_asked", "\"202401151300\""}}},
+        {"missing catalogue", "x=3&y=4" + tm, {error}, [] { std::remove(fixture::path_of(map_catalogue_path).c_str()); }},
+        {"cut file: rows given", "x=5&y=9" + tm, {{"point.hsr", "5.09"}}, cut},
+        {"cut file: rows not given", "x=5&y=10" + tm, {{"point.hsr", "null"}, {"point.rn15x", "null"}}, cut},
+        {"huge header", "x=5&y=5" + tm, {error}, grid_damage([](std::string &b) { b[20] = b[22] = 0x30, b[21] = b[23] = 0x75; })},
+        {"no cells per row", "x=5&y=5" + tm, {error}, grid_damage([](std::string &b) { b[20] = b[21] = 0; })},
+    };
+    write_tree();
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what + " [" + row.query.substr(0, 80) + "]");
+        if (row.damage) write_tree(), row.damage();
+        const char *query = row.query == "(unset)" ? nullptr : row.query.c_str();
+        cgi::Answer a = cgi::run(query, 10000, "UTC0", RDR_PROBE);
+        ASSERT_FALSE(a.timed_out);
+        EXPECT_EQ(a.exit_status, 0);
+        EXPECT_EQ(a.status_line, "HTTP/1.0 200 OK");
+        EXPECT_EQ(a.content_type, "Content-type: application/json");
+        for (const auto &[path, expected] : row.expect) {
+            std::string got = lookup(a.png, path);
+            if (expected == "*")
+                EXPECT_TRUE(got[0] == '"' && got.size() > 2) << path << ": " << a.png.substr(0, 400);
+            else
+                EXPECT_EQ(got, expected) << path << ": " << a.png.substr(0, 400);
+        }
+        if (row.damage) write_tree();
+    }
+}
+
+}  // namespace
