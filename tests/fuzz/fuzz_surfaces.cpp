@@ -148,8 +148,9 @@ void run_program(int (*program)(), const std::string &query, bool has_query)
 enum class Then { Run, Done, Reject };
 using Place = Then (*)(Choices &, std::string &query);
 
-// The query itself; one starting with NUL is a request without a query string. Maps of 641 to
-// 8192 pixels cost time by their size and add no path of their own, so they are not run.
+// The query itself; one starting with NUL is a request without a query string. Pictures of 641
+// to 8192 pixels cost time by their size and add no path of their own, so they are not run; the
+// point program's points and lines of at most 2000 samples are all affordable.
 Then place_query(Choices &c, std::string &q)
 {
     q = c.rest();
@@ -158,15 +159,7 @@ Then place_query(Choices &c, std::string &q)
     var = INPUT_VAR{};
     setenv("QUERY_STRING", q.c_str(), 1);
     user_input();
-    return var.size > 640 && var.size <= 8192 ? Then::Reject : Then::Run;
-}
-
-// The point program's query: points and lines of at most 2000 samples are all affordable.
-Then place_probe_query(Choices &c, std::string &q)
-{
-    q = c.rest();
-    if (!q.empty() && q[0] != '\0') q.resize(std::strlen(q.c_str()));
-    return Then::Run;
+    return var.size > 640 && var.size <= 8192 && std::strcmp(RDR_FUZZ_SURFACE, "query") == 0 ? Then::Reject : Then::Run;
 }
 
 // The grid file: the rest as it stands, compressed whole or compressed and cut. Headers with
@@ -278,13 +271,9 @@ Then place_euckr(Choices &c, std::string &)
 {
     std::string text = c.rest();
     text.resize(std::strlen(text.c_str()));
-    auto converted = [](std::string in) {
-        std::vector<char> out(2 * in.size() + 1, '\0');
-        euckr2utf(&in[0], out.data());
-        return std::string(out.data());
-    };
     std::size_t cut = euckr_whole_prefix(text.c_str(), 29, 29);
-    if (converted(text).size() > 2 * text.size() || cut > 29 || converted(text.substr(0, cut)).size() > 29) std::abort();
+    if (euckr_to_utf8(text.c_str()).size() > 2 * text.size() || cut > 29 || euckr_to_utf8(text.substr(0, cut).c_str()).size() > 29)
+        std::abort();
     gdImagePtr im = gdImageCreate(120, 24);
     gdImageColorAllocate(im, 255, 255, 255);
     draw_euckr(im, text.substr(0, cut).c_str(), 10.0, 2, 16, gdImageColorAllocate(im, 0, 0, 0));
@@ -299,15 +288,12 @@ struct Surface {
     int (*program)() = rdr_program_main;
 };
 const Surface kSurfaces[] = {
-    {"query", ALL, place_query}, {"probe_query", ALL, place_probe_query, rdr_probe_main}, {"grid_file", ALL & ~GRIDS, place_grid},
+    {"query", ALL, place_query}, {"probe_query", ALL, place_query, rdr_probe_main}, {"grid_file", ALL & ~GRIDS, place_grid},
     {"map_catalogue", ALL & ~CATALOGUE, place_catalogue}, {"color_file", CATALOGUE | GRIDS | TERRAIN, place_colours},
     {"outline", CATALOGUE | GRIDS, place_outline},        {"stations", ALL & ~STATIONS, place_stations},
     {"minute_files", CATALOGUE | GRIDS | COLOURS | FIRST_SLOTS, place_minutes}, {"euckr", 0, place_euckr},
 };
 
-}  // namespace
-
-namespace {
 const Surface &surface()
 {
     for (const Surface &s : kSurfaces)
