@@ -6,6 +6,7 @@
 #include <gdfonts.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdio>
 
 #include "fixture_tree.h"
@@ -76,35 +77,23 @@ fixture::Grid marker_grid()
 {
     fixture::Grid g = fixture::make_grid(100, 120);
     for (uint8_t &c : g.code) c = 0x10;
-    struct Marker { int c, r; uint8_t code; } markers[] = {{20, 20, 0x20}, {35, 10, 0x40}, {43, 23, 0x30},
-                                                          {55, 5, 0x30},  {40, 21, 0x40}, {30, 30, 0x40}};
-    for (const Marker &m : markers) g.code[g.at(m.c, m.r)] = m.code;
+    for (auto m : {std::array<int, 3>{20, 20, 0x20}, {35, 10, 0x40}, {43, 23, 0x30}, {55, 5, 0x30}, {40, 21, 0x40}, {30, 30, 0x40}})
+        g.code[g.at(m[0], m[1])] = (uint8_t)m[2];
     return g;
 }
-void zoom_tree()
-{
-    map_100_by_120();
-    write_grid(marker_grid());
-}
+void zoom_tree() { map_100_by_120(), write_grid(marker_grid()); }
 // Domain 3 puts the origin 440 km east and 770 km north of the first cell; with the origin at
 // (430, 760) of the map the view starts at cell (10, 10).
-void domain_3_tree()
+void placed_tree(int dxy)
 {
     zoom_tree();
     fixture::write_simple_catalogue(100, 120, 430, 760);
     fixture::Grid g = marker_grid();
-    g.head.map_code = 3;
+    g.head.map_code = 3, g.head.dxy = (short)dxy, g.code[g.at(15, 15)] = 0x30;
     write_grid(g);
 }
-void two_km_cells_tree()
-{
-    domain_3_tree();
-    fixture::Grid g = marker_grid();
-    g.head.map_code = 3;
-    g.head.dxy = 2000;
-    g.code[g.at(15, 15)] = 0x30;
-    write_grid(g);
-}
+void domain_3_tree() { placed_tree(1000); }
+void two_km_cells_tree() { placed_tree(2000); }
 
 // "RNSN" class 1 (palette entry 0) but class 2 in block 7 and nothing in block 8. Without zoom
 // pixel (i, GJ - j) samples terrain point (row j / 2 + 780, column i / 2 + 510), so point
@@ -154,17 +143,11 @@ void annotation_tree()
     ASSERT_TRUE(fixture::write_color_file("color_ta_e30.rgb", {{10, 0, 0, -20.0f}, {20, 0, 0, -3.0f}}));
 }
 
-std::vector<Check> blocks(int y, const std::vector<uint32_t> &colours)
+// The colour at row y of the middle of each column block, and more checks.
+std::vector<Check> blocks(int y, const std::vector<uint32_t> &colours, std::vector<Check> checks = {})
 {
-    std::vector<Check> checks;
     for (std::size_t k = 0; k < colours.size(); k++) checks.push_back(table::px(px(10 * (int)k + 5), y, colours[k]));
     return checks;
-}
-
-std::vector<Check> operator+(std::vector<Check> a, const std::vector<Check> &b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 const std::string kLayer = "tm=202401151235&size=200&legend=0&";
@@ -177,14 +160,14 @@ TEST(Pictures, GridLayer)
     run_rows({
         // Class colours of every class product; 4 classes and 18 fixed slots, no text shades.
         {"RNSN", layer_tree, kLayer + "obs=RNSN", kLayerPicture,
-         blocks(py(15), {kWhite, kRain, kMixed, kSnow, B, kRain, kRain, kWhite, B}) + std::vector<Check>{colours(22)}},
+         blocks(py(15), {kWhite, kRain, kMixed, kSnow, B, kRain, kRain, kWhite, B}, {colours(22)})},
         {"RNSN1", layer_tree, kLayer + "obs=RNSN1", kLayerPicture, blocks(py(15), {kWhite, kRain, kMixed, kSnow, B, kRain, kRain, kWhite, B})},
         {"RNSN2", layer_tree, kLayer + "obs=RNSN2", kLayerPicture, blocks(py(15), {kWhite, kRain, kMixed, kSnow, B, B, kRain, B, B})},
         {"RNEX", layer_tree, kLayer + "obs=RNEX", kLayerPicture, blocks(py(15), {kWhite, kBoth, kBoth, kBoth, B, kAws, kRdr, B, kRdr})},
         {"AREA", layer_tree, kLayer + "obs=AREA", kLayerPicture, blocks(py(15), {kWhite, kRain, kMixed, kSnow, B, kSnow, kMixed, kRain, B})},
         // Thresholds: a value on a bound is in its class, above every bound in the last; -300 is
         // missing. January slides the TW bounds -20 -18 -10 0 to -14 -12 -4 6, August to 11 13 21 31.
-        {"HSR thresholds", layer_tree, kLayer + "obs=HSR", kLayerPicture, blocks(py(45), by_bound) + std::vector<Check>{colours(22)}},
+        {"HSR thresholds", layer_tree, kLayer + "obs=HSR", kLayerPicture, blocks(py(45), by_bound, {colours(22)})},
         {"RN15X thresholds", layer_tree, kLayer + "obs=RN15X", kLayerPicture, blocks(py(45), by_bound)},
         {"TW in January", layer_tree, kLayer + "obs=TW", kLayerPicture, blocks(py(45), {kC0, kC1, kC1, kC2, kC3, kC3, kC3, kC3, kC3, B})},
         {"TW in August", layer_tree, "tm=202408151235&size=200&legend=0&obs=TW", kLayerPicture,
@@ -371,14 +354,7 @@ TEST(Pictures, TitleLegendAndSection)
 // A 1000 x 1000 km map with its origin in the middle, drawn 500 wide (half a pixel a km, GJ 520):
 // a station at (x, y) km lands on column trunc(x / 2) and row 520 - trunc(y / 2). Station k is
 // put half a pixel into its pixel, so the round trip through longitude and latitude cannot move it.
-fixture::Station at_pixel(int id, int X, int Y)
-{
-    fixture::Station s;
-    s.list.stn_id = id;
-    s.x = 2.0f * X + 1;
-    s.y = 2.0f * (520 - Y) + 1;
-    return s;
-}
+fixture::Station at_pixel(int id, int X, int Y) { return {{id}, 2.0f * X + 1, 2.0f * (520 - Y) + 1}; }
 void station_map()
 {
     fixture::reset_root();
