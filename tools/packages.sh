@@ -9,8 +9,9 @@ RDR_BUILD_PACKAGES=(build-essential cmake pkg-config libgd-dev zlib1g-dev libfon
 RDR_SAMPLE_PACKAGES=(gmt gmt-gshhg-low)
 # Serving the viewer page and the program (tools/serve, tools/demo, tools/load).
 RDR_SERVE_PACKAGES=(lighttpd)
-# The tests: GoogleTest, pngcheck for the load run; the page's tests fetch with curl and drive Chromium.
-RDR_TEST_PACKAGES=(libgtest-dev pngcheck)
+# The tests: GoogleTest, a JSON reader for the point program's answers, pngcheck for the load
+# run; the page's tests fetch with curl and drive Chromium.
+RDR_TEST_PACKAGES=(libgtest-dev nlohmann-json3-dev pngcheck)
 RDR_WEB_PACKAGES=(curl chromium)
 # The web tests' node and npm, for a machine without a node of its own.
 RDR_NODE_PACKAGES=(nodejs npm)

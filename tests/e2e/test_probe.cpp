@@ -3,10 +3,11 @@
 // read. One table of queries and damaged trees; every answer must be status 200, JSON, one
 // parseable object within a time limit, and show the value its row expects.
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
-#include <cctype>
 #include <cstdio>
 #include <functional>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -17,54 +18,14 @@
 
 namespace {
 
-// The raw text of the value at `path` ("point.classes.RNSN.name", "line.samples.3.x") of the
-// JSON at s[p..], which the walk checks for well-formedness throughout; false when it is not.
-bool walk(const std::string &s, std::size_t &p, const std::string &path, std::string *found)
-{
-    auto ws = [&] { while (p < s.size() && std::isspace((unsigned char)s[p])) p++; };
-    std::size_t dot = path.find('.'), start = (ws(), p);
-    std::string head = path.substr(0, dot), tail = dot == std::string::npos ? "" : path.substr(dot + 1);
-    if (p >= s.size()) return false;
-    if (s[p] == '{' || s[p] == '[') {
-        char close = s[p] == '{' ? '}' : ']';
-        ws(), p++, ws();
-        for (int k = 0; p < s.size() && s[p] != close; k++) {
-            std::string key = std::to_string(k);
-            if (close == '}') {
-                std::size_t at = p;
-                if (!walk(s, p, "", &key) || s[at] != '"' || (ws(), s[p++] != ':')) return false;
-                key = key.substr(1, key.size() - 2);
-            }
-            if (!walk(s, p, key == head && !path.empty() ? tail : "\x01", found)) return false;
-            ws();
-            if (s[p] == ',') p++, ws();
-            else if (s[p] != close) return false;
-        }
-        if (p++ >= s.size()) return false;
-    } else if (s[p] == '"') {
-        for (p++; p < s.size() && s[p] != '"'; p++)
-            if ((unsigned char)s[p] < 0x20 || (s[p] == '\\' && ++p >= s.size())) return false;
-        if (p++ >= s.size()) return false;
-    } else {
-        while (p < s.size() && std::string("-+.eE0123456789nulltrfas").find(s[p]) != std::string::npos) p++;
-        std::string word = s.substr(start, p - start);
-        if (word.empty() || (std::isalpha((unsigned char)word[0]) && word != "null" && word != "true" && word != "false"))
-            return false;
-    }
-    if (path.empty()) *found = s.substr(start, p - start);
-    return true;
-}
-
-// The whole body must be one object; then the text at `path`, or "(absent)".
+// The value at `path` ("point.classes.RNSN.name", "line.samples.3.x") as compact JSON, or
+// "(absent)"; the whole body must parse as one object.
 std::string lookup(const std::string &body, const std::string &path)
 {
-    std::size_t p = 0;
-    std::string found = "(absent)", whole;
-    if (!walk(body, p, "", &whole) || whole[0] != '{' || body.find_first_not_of(" \n", p) != std::string::npos)
-        return "(not one JSON object)";
-    p = 0;
-    walk(body, p, path, &found);
-    return found;
+    nlohmann::json j = nlohmann::json::parse(body, nullptr, false);
+    if (j.is_discarded() || !j.is_object()) return "(not one JSON object)";
+    nlohmann::json::json_pointer at("/" + std::regex_replace(path, std::regex("\\."), "/"));
+    return j.contains(at) ? j.at(at).dump() : "(absent)";
 }
 
 const char *const kTm = "&tm=202401151205";
@@ -120,7 +81,7 @@ std::string lonlat_query(float x, float y)
 
 struct Row {
     std::string what, query;
-    std::vector<std::pair<std::string, std::string>> expect;  // path, raw text ("*": a text)
+    std::vector<std::pair<std::string, std::string>> expect;  // path, value as compact JSON ("*": a text)
     std::function<void()> damage = nullptr;
 };
 
@@ -131,26 +92,26 @@ TEST(Probe, AnswersByTable)
     const std::pair<std::string, std::string> error = {"error", "*"};
     auto cut = grid_damage([](std::string &b) { b.resize(64 + 48000 + 2000); });  // HSR rows 0..9
     std::vector<Row> rows = {
-        {"x.55 takes the next cell", "x=2.55&y=40" + tm, {{"point.cell", "[3,40]"}, {"point.hsr", "3.40"}}},
-        {"x.54 keeps its cell", "x=2.54&y=40" + tm, {{"point.cell", "[2,40]"}, {"point.hsr", "2.40"}}},
+        {"x.55 takes the next cell", "x=2.55&y=40" + tm, {{"point.cell", "[3,40]"}, {"point.hsr", "3.4"}}},
+        {"x.54 keeps its cell", "x=2.54&y=40" + tm, {{"point.cell", "[2,40]"}, {"point.hsr", "2.4"}}},
         {"y.55 likewise", "x=5&y=39.55" + tm, {{"point.rn15x", "40.05"}}},
         {"codes, classes, names, values", "x=7&y=13" + tm,
          {{"point.pty_aws", "2"}, {"point.pty_rdr", "3"}, {"point.classes.RNSN2", rnsn2}, {"point.tw", "7.13"},
           {"point.classes.RNEX.name", "\"AWS RDR\""}, {"point.area", "0"}, {"point.classes.AREA", "null"}}},
-        {"missing value", "x=30&y=40" + tm, {{"point.hsr", "null"}, {"point.rn15x", "40.30"}}},
+        {"missing value", "x=30&y=40" + tm, {{"point.hsr", "null"}, {"point.rn15x", "40.3"}}},
         {"outside the map (inside the grid's rounding)", "x=-0.5&y=10" + tm, {{"point.cell", "null"}, {"point.tw", "null"}}},
         {"lon and lat", lonlat_query(20.3f, 30.3f) + tm, {{"point.cell", "[20,30]"}}},
         {"search back", "x=5&y=5&tm=202401151214", {{"tm", "\"202401151205\""}, {"tm_asked", "\"202401151210\""},
                                                     {"file", "\"RDR_SFC_PTY_202401151205.bin.gz\""}}},
         {"station", "x=23&y=34" + tm,
-         {{"station.stn_id", "123"}, {"station.distance_km", "5.000"}, {"station.rain", "1"},
-          {"station.name", "\"\xec\x84\x9c\xec\x9a\xb8\""}, {"station.rn15x_x4", "4.80"}, {"station.wd", "180.0"}}},
+         {{"station.stn_id", "123"}, {"station.distance_km", "5.0"}, {"station.rain", "1"},
+          {"station.name", "\"\xec\x84\x9c\xec\x9a\xb8\""}, {"station.rn15x_x4", "4.8"}, {"station.wd", "180.0"}}},
         {"no station within 20 km", "x=41&y=30" + tm, {{"station", "null"}}},
-        {"line", line, {{"line.samples.0.x", "10.000"}, {"line.samples.10.y", "60.000"}, {"line.length_km", "50.000"},
-                        {"line.samples.1.cell", "[13,24]"}, {"line.samples.1.hsr", "13.24"}, {"line.samples.5.d", "25.000"}}},
-        {"n=0 becomes 2", line + "&n=0", {{"line.samples.1.x", "40.000"}, {"line.samples.2", "(absent)"}}},
+        {"line", line, {{"line.samples.0.x", "10.0"}, {"line.samples.10.y", "60.0"}, {"line.length_km", "50.0"},
+                        {"line.samples.1.cell", "[13,24]"}, {"line.samples.1.hsr", "13.24"}, {"line.samples.5.d", "25.0"}}},
+        {"n=0 becomes 2", line + "&n=0", {{"line.samples.1.x", "40.0"}, {"line.samples.2", "(absent)"}}},
         {"n=-5 becomes 2", line + "&n=-5", {{"line.n", "2"}}},
-        {"n=99999 becomes 2000", line + "&n=99999", {{"line.samples.1999.x", "40.000"}, {"line.samples.2000", "(absent)"}}},
+        {"n=99999 becomes 2000", line + "&n=99999", {{"line.samples.1999.x", "40.0"}, {"line.samples.2000", "(absent)"}}},
         {"over-long number", "x=" + big + "&y=5" + tm, {error}},
         {"over-long decimals are cut", "x=2.5" + std::string(1000, '0') + "&y=5" + tm, {{"point.cell", "[2,5]"}}},
         {"over-long key", big + "=1&x=1&y=1" + tm, {{"point.cell", "[1,1]"}}},

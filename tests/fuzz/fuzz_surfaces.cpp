@@ -11,8 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -94,10 +92,7 @@ void make_tree(unsigned parts)
     int null_fd = open("/dev/null", O_WRONLY);
     dup2(null_fd, STDOUT_FILENO);
     close(null_fd);
-    std::ifstream font(RDR_SYSTEM_FONT, std::ios::binary);
-    std::ostringstream font_bytes;
-    font_bytes << font.rdbuf();
-    put(font_path(), font_bytes.str());
+    must(fixture::write_font(), "the font");
     if (parts & CATALOGUE)
         must(fixture::write_map_catalogue({"# code:nx:ny:sx:sy", "HR:100:120:50:60", "SR:60:60:30:30", "A/B:100:120:50:60"}), "the catalogue");
     for (int minute = 0; (parts & GRIDS) && minute < 60; minute += 5)

@@ -1,6 +1,5 @@
 #include "cgi_run.h"
 
-#include <poll.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -24,19 +23,27 @@ void split_answer(Answer &a)
     if (a.framed) a.png = a.out.substr(second + 2);
 }
 
+
+std::string contents(FILE *fp)
+{
+    std::string text;
+    char buf[65536];
+    std::rewind(fp);
+    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, fp)) > 0;) text.append(buf, n);
+    std::fclose(fp);
+    return text;
+}
+
 }  // namespace
 
 Answer run(const char *query, int timeout_ms, const char *tz, const char *program, long long address_space)
 {
     Answer a;
-    int out[2];
-    FILE *err = std::tmpfile();
-    if (!err || pipe(out) != 0) return a;
-    pid_t pid = fork();
+    FILE *out = std::tmpfile(), *err = std::tmpfile();
+    pid_t pid = out && err ? fork() : -1;
     if (pid == 0) {
-        dup2(out[1], 1);
+        dup2(fileno(out), 1);
         dup2(fileno(err), 2);
-        close(out[0]);
         // The sanitizer settings of the test run reach the program too.
         std::string q = std::string("QUERY_STRING=") + (query ? query : ""), t = std::string("TZ=") + tz;
         std::vector<std::string> keep;
@@ -52,26 +59,15 @@ Answer run(const char *query, int timeout_ms, const char *tz, const char *progra
         execve(program, argv, env.data());
         _exit(127);
     }
-    close(out[1]);
     auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    char buf[65536];
-    for (ssize_t n = 1; n > 0;) {
-        auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-        pollfd fd = {out[0], POLLIN, 0};
-        if (left <= 0 || poll(&fd, 1, (int)left) == 0) {
-            a.timed_out = true;
-            kill(pid, SIGKILL);
-            break;
-        }
-        if ((n = read(out[0], buf, sizeof buf)) > 0) a.out.append(buf, (std::size_t)n);
-    }
-    close(out[0]);
     int status = 0;
-    waitpid(pid, &status, 0);
-    if (WIFEXITED(status)) a.exit_status = WEXITSTATUS(status);
-    std::rewind(err);
-    for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, err)) > 0;) a.err.append(buf, n);
-    std::fclose(err);
+    while (pid > 0 && waitpid(pid, &status, WNOHANG) == 0) {
+        if ((a.timed_out = std::chrono::steady_clock::now() > deadline)) kill(pid, SIGKILL), waitpid(pid, &status, 0);
+        else usleep(500);
+    }
+    if (pid > 0 && WIFEXITED(status)) a.exit_status = WEXITSTATUS(status);
+    if (out) a.out = contents(out);
+    if (err) a.err = contents(err);
     split_answer(a);
     return a;
 }

@@ -4,8 +4,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "rdr_paths.h"
 
@@ -26,11 +24,7 @@ void reset_root()
 
 void install_font()
 {
-    std::ifstream in(RDR_SYSTEM_FONT, std::ios::binary);
-    ASSERT_TRUE(in) << "the Korean font " << RDR_SYSTEM_FONT << " is not installed";
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    ASSERT_TRUE(write_bytes(font_path(), bytes.str()));
+    ASSERT_TRUE(write_font()) << "the Korean font " << kKoreanFont << " is not installed";
 }
 
 void write_simple_catalogue(int nx, int ny, int sx, int sy)

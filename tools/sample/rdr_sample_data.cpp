@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "rdr_paths.h"
+#include "rdr_writers.h"
 #include "sample_maps.h"
 #include "sample_minutes.h"
 #include "sample_terrain.h"
@@ -101,7 +102,7 @@ int main(int argc, char **argv)
     if (!sample::write_sample_terrain(terrain)) return fail("cannot write the terrain file");
     if (!sample::write_sample_catalogue() || !sample::write_sample_colours() || !sample::write_sample_outlines(geo))
         return fail("cannot write the map catalogue, colour or outline files");
-    if (!sample::install_sample_font(&error)) return fail(error);
+    if (!fixture::write_font()) return fail(std::string("cannot copy ") + fixture::kKoreanFont + " (apt-get install fonts-baekmuk)");
     watch.lap("terrain, maps, colours, outlines");
 
     std::vector<sample::SampleStation> stations = sample::place_stations(geo, terrain);

@@ -1,10 +1,8 @@
-// Map catalogue, colour files, outlines and font. Outlines are projected into each map's km
+// Map catalogue, colour files and outlines. Outlines are projected into each map's km
 // frame and kept only near the map, so a small map's files hold its own coast, not the world's.
 #include "sample_maps.h"
 
 #include <cmath>
-#include <fstream>
-#include <sstream>
 
 #include "picture_writers.h"
 #include "rdr_paths.h"
@@ -16,7 +14,6 @@ namespace sample {
 namespace {
 
 constexpr double kOutlineMarginKm = 10;
-const char *const kSystemFont = "/usr/share/fonts/truetype/baekmuk/gulim.ttf";
 
 // Radar rain: the usual echo colours from light blue through green, yellow and red to purple.
 const fixture::ColorClass kRainClasses[] = {
@@ -110,20 +107,6 @@ bool write_sample_outlines(const Geography &geo)
             return false;
     }
     return true;
-}
-
-bool install_sample_font(std::string *error)
-{
-    std::ifstream in(kSystemFont, std::ios::binary);
-    if (!in) {
-        *error = std::string(kSystemFont) + " is missing (apt-get install fonts-baekmuk)";
-        return false;
-    }
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (fixture::write_bytes(font_path(), bytes.str())) return true;
-    *error = std::string("cannot write ") + font_path();
-    return false;
 }
 
 }  // namespace sample

@@ -24,8 +24,6 @@ bool write_sample_catalogue();
 bool write_sample_colours();
 // Kind 4: coastlines; kind 1: national borders and major rivers.
 bool write_sample_outlines(const Geography &geo);
-// Copies the Korean TrueType font of fonts-baekmuk to the font path.
-bool install_sample_font(std::string *error);
 
 }  // namespace sample
 

@@ -1,4 +1,4 @@
-// Writers of files in general, the map catalogue and the grid file.
+// Writers of files in general, the map catalogue, the font and the grid file.
 #include <sys/stat.h>
 #include <zlib.h>
 
@@ -6,7 +6,9 @@
 #include <cmath>
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <initializer_list>
+#include <iterator>
 
 #include "rdr_paths.h"
 #include "rdr_writers.h"
@@ -59,6 +61,12 @@ bool write_map_catalogue(const std::vector<std::string> &lines)
     std::string text;
     for (const std::string &line : lines) text += line + "\n";
     return write_bytes(path_of(map_catalogue_path), text);
+}
+
+bool write_font()
+{
+    std::ifstream in(kKoreanFont, std::ios::binary);
+    return in && write_bytes(font_path(), std::string(std::istreambuf_iterator<char>(in), {}));
 }
 
 Grid make_grid(int nx, int ny, int dxy, int map_code)

@@ -29,6 +29,10 @@ std::string path_of(Composer compose, Args... args)
 // The map catalogue, one text line per entry (line feeds added).
 bool write_map_catalogue(const std::vector<std::string> &lines);
 
+// The Korean TrueType font that fonts-baekmuk installs, copied to the font path under the root.
+const char *const kKoreanFont = "/usr/share/fonts/truetype/baekmuk/gulim.ttf";
+bool write_font();
+
 // A grid file's content: header and the five blocks of nx x ny cells.
 struct Grid {
     RDR_CMP_HEAD head{};
