@@ -400,7 +400,8 @@ function profileSvg(cfg, line, width, height) {
     }
     out.push(`<path class="${key}" d="${d}" stroke="${colour}" stroke-dasharray="${dash}" fill="none"/>`);
   }
-  out.push(`<rect class="frame" x="${left}" y="${top}" width="${right - left}" height="${bottom - top}" fill="none"/>`);
+  out.push(`<rect class="frame" x="${left}" y="${top}" width="${right - left}" height="${bottom - top}" fill="none"/>`,
+    `<rect class="strip" x="${left}" y="${bottom + 4}" width="${right - left}" height="${PROFILE.strip}" fill="none"/>`);
   const kmTicks = axisTicks(0, line.length_km, Math.max(2, Math.floor((right - left) / 60)));
   const labelY = bottom + PROFILE.strip + 18;
   for (const v of kmTicks.filter((t) => x(t) < right - 48)) {
