@@ -1,7 +1,8 @@
 // The viewer page: builds the map program's requests from the page's state, keeps that state in
 // the address's hash (one history entry per change of view), turns clicks and taps on the picture
-// into zoom digits or section points, reads out the map position and colour class under the
-// pointer, and plays preloaded loops. Every table it needs (products, colours, zoom rules, canvas
+// into zoom digits, section points or probed points, reads out the map position and colour class
+// under the pointer, shows what the probe program answers for a point and along the section line,
+// and plays preloaded loops. Every table it needs (products, colours, zoom rules, canvas
 // constants, the time search, projection, maps, times) comes from viewer-config.json, which
 // rdr_viewer_config prints from the program's own rooms. The arithmetic on top is pure (node runs
 // it in the tests); the page part at the bottom starts only in a browser.
@@ -234,6 +235,7 @@ function lonLat(proj, map, x, y) {
   return { lon: Math.atan2(xn, yn) / sn / rad + proj.olon, lat: phi / rad };
 }
 
+const unitOf = (product) => (product.unit === 'C' ? '°C' : product.unit);
 const CLASS_GLOSS = { 없음: 'none', 비: 'rain', 눈비: 'rain and snow', 눈: 'snow', AWS: 'stations', RDR: 'radar',
   'AWS RDR': 'stations and radar' };
 const sameRgb = (a, b) => a[0] === b[0] && a[1] === b[1] && a[2] === b[2];
@@ -242,7 +244,7 @@ const sameRgb = (a, b) => a[0] === b[0] && a[1] === b[1] && a[2] === b[2];
 // colour file's bounds (those of `month` where they slide), or a named slot; null for anything
 // else (antialiased text).
 function describeColour(cfg, product, month, rgb) {
-  const unit = product.unit === 'C' ? '°C' : product.unit;
+  const unit = unitOf(product);
   const klass = (k) => {
     if (product.classes) {
       const name = product.classes[k].name;
@@ -271,6 +273,147 @@ function describeColour(cfg, product, month, rgb) {
     ['dry', '지점: 무강수·모름 / station: not raining or unknown']];
   const slot = named.find(([name]) => sameRgb(slots[name], rgb));
   return slot ? slot[1] : null;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The probe: what the grid file holds at a clicked point and along the section line.
+
+// The pixels of the section line's two ends as the program draws them: its own zoom by eighths
+// and doubling whatever the view's rate, rows from NJ / NY, all in single precision, truncated.
+function sectionEnds(rule, map, geom, steps, section) {
+  const f = Math.fround;
+  let [ox, oy, zm] = [0, 0, 1];
+  for (const [dx, dy] of steps.slice(0, rule.maxSteps)) {
+    ox = f(ox + ((dx - 1) * (map.nx / rule.divisor)) / zm);
+    oy = f(oy + ((dy - 1) * (map.ny / rule.divisor)) / zm);
+    zm = f(zm * rule.rate);
+  }
+  const at = (x, y) => ({
+    column: Math.trunc(f(f(geom.NI * f(f(x - ox) * zm)) / map.nx)),
+    row: Math.trunc(f(geom.GJ - f(f(geom.NJ * f(f(y - oy) * zm)) / map.ny))),
+  });
+  return [at(section.x1, section.y1), at(section.x2, section.y2)];
+}
+
+// The probe's query for the view's time and map: a point { x, y } or a line { x1, y1, x2, y2, n },
+// km to the metre (the probe takes plain decimal numbers).
+function probeQuery(state, where) {
+  const fields = [['tm', state.tm], ['map', state.map]];
+  for (const [key, value] of Object.entries(where)) fields.push([key, String(Number(value.toFixed(3)))]);
+  return fields.map(([key, value]) => key + '=' + value).join('&');
+}
+
+const NO_VALUE = '—';
+const valueText = (v, unit) => (v === null || v === undefined ? NO_VALUE : `${v} ${unit}`);
+const glossed = (name) => (CLASS_GLOSS[name] ? `${name} / ${CLASS_GLOSS[name]}` : name);
+
+// The read-out of a point's answer as [key, label, text] rows: the products in the order of the
+// configuration, each class with its name, each value with its unit, then the nearest station.
+function probeRows(cfg, answer) {
+  if (answer.error) return [['error', '오류 / error', answer.error]];
+  const p = answer.point;
+  const asked = answer.tm === answer.tm_asked ? '' : ` (${clockOf(answer.tm_asked)} 요청 / asked)`;
+  const rows = [['tm', '자료 시각 / data time', displayTime(answer.tm) + asked],
+    ['place', '위치 / place', `${p.lon.toFixed(3)}°E ${p.lat.toFixed(3)}°N · x ${p.x.toFixed(1)} y ${p.y.toFixed(1)} km` +
+      (p.cell ? '' : ' · 자료 밖 / outside the data')]];
+  for (const product of cfg.products) {
+    const key = product.code.toLowerCase();
+    if (product.classes && product.code in p.classes) {
+      const c = p.classes[product.code];
+      const text = !c ? NO_VALUE : c.name ? `${glossed(c.name)} (${c.class})` : `분류 / class ${c.class}`;
+      rows.push([product.code, product.title, text]);
+    } else if (key in p) {
+      rows.push([product.code, product.title, valueText(p[key], unitOf(product))]);
+    }
+  }
+  const s = answer.station;
+  if (!s) return rows.concat([['station', '가까운 지점 / nearest station', '20 km 안에 없음 / none within 20 km']]);
+  const rain = { 1: '강수 / raining', 0: '무강수 / not raining' }[s.rain] || '모름 / no data';
+  const wind = s.wd === null || s.ws === null ? '자료 없음 / no data' : `${s.wd}° ${s.ws} m/s`;
+  return rows.concat([['station', '가까운 지점 / nearest station', `${s.stn_id} ${s.name} · ${s.distance_km.toFixed(1)} km`],
+    ['station-rain', '지점 강수 / station rain', rain],
+    ['station-rn15x', '15분 강수×4 / 15-min rain ×4', valueText(s.rn15x_x4, 'mm/h')],
+    ['station-wind', '바람 / wind', wind]]);
+}
+
+// About `count` round steps (1, 2 or 5 times a power of ten) covering lo..hi.
+function axisTicks(lo, hi, count) {
+  const raw = (hi - lo) / count || 1;
+  const power = 10 ** Math.floor(Math.log10(raw));
+  const step = [1, 2, 5, 10].map((m) => m * power).find((s) => s >= raw);
+  const first = Math.floor(lo / step) * step;
+  const last = Math.max(Math.ceil(hi / step) * step, first + step);
+  const ticks = [];
+  for (let v = first; v <= last + step / 2; v += step) ticks.push(Number(v.toFixed(10)));
+  return ticks;
+}
+
+// The profile's margins in pixels: rain axis left, wet-bulb axis right, the class strip and the
+// km axis below the plot.
+const PROFILE = { left: 40, right: 40, top: 24, bottom: 40, strip: 12 };
+const PROFILE_LINES = [['hsr', '#1d4ed8', ''], ['rn15x', '#15803d', '6 3'], ['tw', '#c2410c', '']];
+
+// The profile along a line's samples as SVG text, width x height pixels: radar and station rain
+// (mm/h, left axis) and wet-bulb temperature (°C, right axis) against km from A, the RNSN class
+// colours in a strip under it (unpainted where the picture paints nothing), A and B at its ends.
+function profileSvg(cfg, line, width, height) {
+  const [left, right, top, bottom] = [PROFILE.left, width - PROFILE.right, PROFILE.top, height - PROFILE.bottom];
+  const samples = line.samples;
+  const values = (key) => samples.map((s) => s[key]).filter((v) => v !== null);
+  const rainTicks = axisTicks(0, Math.max(1, ...values('hsr'), ...values('rn15x')), 4);
+  const tw = values('tw');
+  const twTicks = tw.length ? axisTicks(Math.min(...tw), Math.max(...tw), 4) : [0, 1];
+  const scale = (ticks) => (v) => bottom - ((v - ticks[0]) / (ticks[ticks.length - 1] - ticks[0])) * (bottom - top);
+  const [rainY, twY] = [scale(rainTicks), scale(twTicks)];
+  const x = (d) => left + (line.length_km > 0 ? d / line.length_km : 0) * (right - left);
+  const px = (v) => v.toFixed(1);
+  const out = [`<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 ${width} ${height}" width="${width}" height="${height}">`];
+  for (const v of rainTicks) {
+    out.push(`<line class="grid" x1="${left}" x2="${right}" y1="${px(rainY(v))}" y2="${px(rainY(v))}"/>`,
+      `<text class="rain" x="${left - 4}" y="${px(rainY(v) + 4)}" text-anchor="end">${v}</text>`);
+  }
+  for (const v of twTicks) out.push(`<text class="tw" x="${right + 4}" y="${px(twY(v) + 4)}">${v}</text>`);
+  out.push(`<text class="rain" x="2" y="${top - 8}">mm/h</text>`,
+    `<text class="tw" x="${width - 2}" y="${top - 8}" text-anchor="end">°C</text>`);
+  // The strip in runs of one colour.
+  const classes = (cfg.products.find((p) => p.code === 'RNSN') || { classes: [] }).classes;
+  const colourOf = (s) => {
+    const c = s.classes.RNSN && classes.find((k) => k.code === s.classes.RNSN.class);
+    return `rgb(${(c ? c.rgb : cfg.slots.background).join(',')})`;
+  };
+  const half = samples.length > 1 ? (right - left) / (samples.length - 1) / 2 : right - left;
+  for (let k = 0; k < samples.length;) {
+    let end = k;
+    while (end + 1 < samples.length && colourOf(samples[end + 1]) === colourOf(samples[k])) end++;
+    const [a, b] = [Math.max(left, x(samples[k].d) - half), Math.min(right, x(samples[end].d) + half)];
+    const colour = colourOf(samples[k]);
+    out.push(`<rect x="${px(a)}" y="${bottom + 4}" width="${px(b - a)}" height="${PROFILE.strip}" fill="${colour}"/>`);
+    k = end + 1;
+  }
+  // Each curve breaks where the probe has no value.
+  for (const [key, colour, dash] of PROFILE_LINES) {
+    let d = '';
+    let pen = 'M';
+    for (const s of samples) {
+      if (s[key] === null) pen = 'M';
+      else [d, pen] = [d + `${pen}${px(x(s.d))} ${px((key === 'tw' ? twY : rainY)(s[key]))}`, 'L'];
+    }
+    out.push(`<path class="${key}" d="${d}" stroke="${colour}" stroke-dasharray="${dash}" fill="none"/>`);
+  }
+  out.push(`<rect class="frame" x="${left}" y="${top}" width="${right - left}" height="${bottom - top}" fill="none"/>`,
+    `<rect class="strip" x="${left}" y="${bottom + 4}" width="${right - left}" height="${PROFILE.strip}" fill="none"/>`);
+  const kmTicks = axisTicks(0, line.length_km, Math.max(2, Math.floor((right - left) / 60)));
+  const labelY = bottom + PROFILE.strip + 18;
+  for (const v of kmTicks.filter((t) => x(t) < right - 48)) {
+    out.push(`<text x="${px(x(v))}" y="${labelY}" text-anchor="middle">${v}</text>`);
+  }
+  out.push(`<text class="length" x="${right}" y="${labelY}" text-anchor="end">${line.length_km.toFixed(1)} km</text>`);
+  for (const [name, at] of [['A', left], ['B', right]]) {
+    out.push(`<g class="end"><line x1="${at}" x2="${at}" y1="${top - 2}" y2="${bottom + 4 + PROFILE.strip}"/>` +
+      `<circle cx="${at}" cy="${top - 12}" r="8"/><text x="${at}" y="${top - 8}" text-anchor="middle">${name}</text></g>`);
+  }
+  out.push('</svg>');
+  return out.join('');
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -348,8 +491,36 @@ const LOOP_HOLD_MS = 1500;
 const CLICK_MODES = {
   zoom: '확대 / zoom in',
   section: '단면선 / section',
+  probe: '값 보기 / probe',
   look: '읽기만 / read only',
 };
+
+// One probe request at a time: while one is out only the latest next one waits, so a loop's
+// frames cannot pile requests on the server, and only the answer to the latest is shown.
+function probeChannel(show) {
+  const channel = { asked: null, busy: false, next: null };
+  async function send(url) {
+    channel.busy = true;
+    let answer;
+    try {
+      answer = await (await fetch(url, { cache: 'no-store' })).json();
+    } catch (err) {
+      answer = { error: '탐침이 답하지 않았습니다 / no answer from the probe' };
+    }
+    channel.busy = false;
+    const next = channel.next;
+    channel.next = null;
+    if (next) send(next);
+    else if (url === channel.asked) show(answer);
+  }
+  return (url) => {
+    if (url === channel.asked) return;
+    channel.asked = url;
+    channel.next = null;
+    if (url && channel.busy) channel.next = url;
+    else if (url) send(url);
+  };
+}
 
 function startViewer() {
   const $ = (id) => document.getElementById(id);
@@ -357,11 +528,15 @@ function startViewer() {
   for (const id of ['obs', 'map', 'prev', 'next', 'latest', 'time-slider', 'time-marks', 'time-text', 'age', 'play',
     'speed', 'range', 'loop-progress', 'loop-text', 'size', 'legend', 'terrain', 'aws', 'station-hint', 'station-key',
     'zoom-rate', 'zoom-in', 'zoom-out', 'zoom-reset', 'zoom-info', 'click-modes', 'section-clear', 'section-info',
-    'stage', 'picture', 'overlay', 'status', 'readout', 'request', 'copy', 'download', 'open']) {
+    'stage', 'picture', 'overlay', 'status', 'readout', 'request', 'copy', 'download', 'open', 'probe', 'probe-table',
+    'probe-close', 'profile', 'profile-title', 'profile-key', 'profile-plot']) {
     el[id.replace(/-(\w)/g, (_, c) => c.toUpperCase())] = $(id);
   }
   const page = { cfg: null, times: [], present: new Set(), steps: [], state: null, pendingPoint: null,
-    loop: null, pixels: null, sliding: false, mode: 'zoom' };
+    loop: null, pixels: null, sliding: false, mode: 'zoom', probePoint: null, profileN: null };
+  // The probe lies beside the picture program.
+  const probeUrl = (where) => new URL('rdr_sfc_pty_probe', new URL(page.cfg.cgi, location.href)).pathname + '?' +
+    probeQuery(page.state, where);
 
   const fillSelect = (select, entries) => {
     select.replaceChildren(...entries.map(([value, label]) => new Option(label, value)));
@@ -423,8 +598,45 @@ function startViewer() {
     el.sectionClear.disabled = !s.section && !page.pendingPoint;
     el.stationHint.hidden = !(s.aws > 0 && !s.steps.length);
     el.stationKey.hidden = !(s.aws > 0);
+    askProbes();
     drawOverlay();
   }
+
+  // The point's read-out and the section's profile follow the view's time and map; a point of
+  // another map means nothing here. The profile keeps its number of samples, about one a pixel
+  // of its width when its line was drawn, until the window changes size.
+  function askProbes() {
+    const s = page.state;
+    if (page.probePoint && page.probePoint.map !== s.map) page.probePoint = null;
+    el.probe.hidden = !page.probePoint;
+    askPoint(page.probePoint && probeUrl({ x: page.probePoint.x, y: page.probePoint.y }));
+    el.profile.hidden = !s.section;
+    const key = s.section && [s.map, s.section.x1, s.section.y1, s.section.x2, s.section.y2].join();
+    if (s.section && (!page.profileN || page.profileN.key !== key)) {
+      page.profileN = { key, n: clamp(Math.round(el.profilePlot.clientWidth - PROFILE.left - PROFILE.right), 2, 2000) };
+    }
+    askLine(s.section && probeUrl({ ...s.section, n: page.profileN.n }));
+  }
+
+  const askPoint = probeChannel((answer) => {
+    el.probeTable.replaceChildren();
+    for (const [key, label, value] of probeRows(page.cfg, answer)) {
+      const row = el.probeTable.insertRow();
+      row.dataset.key = key;
+      row.insertCell().textContent = label;
+      row.insertCell().textContent = value;
+    }
+  });
+
+  const askLine = probeChannel((answer) => {
+    const s = answer.line;
+    el.profileTitle.textContent = s
+      ? `단면 / profile A (${s.x1}, ${s.y1}) → B (${s.x2}, ${s.y2}) km · ${displayTime(answer.tm)} 자료 / data`
+      : `단면 / profile: 오류 / error: ${answer.error}`;
+    // Lower on a phone, where the width is small.
+    const width = el.profilePlot.clientWidth;
+    el.profilePlot.innerHTML = s ? profileSvg(page.cfg, s, width, width < 600 ? 220 : 260) : '';
+  });
 
   // What the status line says once a picture is on the page: the data time it shows, or why it
   // is the program's error picture. The error picture is square, so a picture whose size is not
@@ -451,13 +663,36 @@ function startViewer() {
     const img = el.picture;
     if (!img.naturalWidth) return;
     svg.setAttribute('viewBox', `0 0 ${img.naturalWidth} ${img.naturalHeight}`);
-    if (!page.pendingPoint) return;
-    const dot = document.createElementNS('http://www.w3.org/2000/svg', 'circle');
-    for (const [name, value] of [['cx', page.pendingPoint.column], ['cy', page.pendingPoint.row], ['r', 4]]) {
-      dot.setAttribute(name, value);
+    const add = (parent, name, attributes, text) => {
+      const node = document.createElementNS('http://www.w3.org/2000/svg', name);
+      for (const [key, value] of Object.entries(attributes)) node.setAttribute(key, value);
+      if (text) node.textContent = text;
+      return parent.appendChild(node);
+    };
+    const pending = page.pendingPoint;
+    if (pending) add(svg, 'circle', { cx: pending.column, cy: pending.row, r: 4, class: 'pending-point' });
+    // Marks of the section and the probed point only over the picture they belong to.
+    const geom = shownGeometry();
+    if (!geom || img.dataset.shown !== img.getAttribute('src')) return;
+    const s = page.state;
+    const map = mapOf();
+    if (page.probePoint) {
+      const view = zoomView(ruleOf(), map.nx, map.ny, s.steps);
+      const perKm = (geom.NI / map.nx) * view.zm;
+      add(svg, 'circle', { cx: (page.probePoint.x - view.ox) * perKm, cy: geom.GJ - (page.probePoint.y - view.oy) * perKm,
+        r: 6, class: 'probe-point' });
     }
-    dot.setAttribute('class', 'pending-point');
-    svg.appendChild(dot);
+    if (!s.section) return;
+    // A and B stand off the line's ends, outwards, so that its dots stay visible.
+    const [a, b] = sectionEnds(page.cfg.sectionRule, map, geom, s.steps, s.section);
+    const length = Math.hypot(b.column - a.column, b.row - a.row);
+    const [ux, uy] = length ? [(b.column - a.column) / length, (b.row - a.row) / length] : [Math.SQRT1_2, Math.SQRT1_2];
+    for (const [name, end, sign] of [['A', a, -1], ['B', b, 1]]) {
+      const mark = add(svg, 'g', { class: 'end', 'data-column': end.column, 'data-row': end.row });
+      const [cx, cy] = [end.column + sign * 14 * ux, end.row + sign * 14 * uy];
+      add(mark, 'circle', { cx, cy, r: 8 });
+      add(mark, 'text', { x: cx, y: cy + 4, 'text-anchor': 'middle' }, name);
+    }
   }
 
   // A change of view: one history entry (or replacing the current one), and the loop stops.
@@ -541,6 +776,13 @@ function startViewer() {
       page.pendingPoint = first ? null : { ...point, column, row };
       if (first) change((st) => { st.section = sectionLine(first, point); });
       else change((st) => { st.section = null; }, 'replace');
+    },
+    probe(geom, column, row) {
+      const map = mapOf();
+      const point = pixelToKm(geom, map.nx, zoomView(ruleOf(), map.nx, map.ny, page.state.steps), column, row);
+      if (!point) return;
+      page.probePoint = { x: point.x, y: point.y, map: page.state.map };
+      render('replace');
     },
     look() {},
   };
@@ -712,6 +954,10 @@ function startViewer() {
     });
     el.picture.addEventListener('error', () => say('그림을 받지 못했습니다 / no picture from the server'));
     el.copy.addEventListener('click', copyLink);
+    el.probeClose.addEventListener('click', () => {
+      page.probePoint = null;
+      render('replace');
+    });
     document.addEventListener('keydown', onKey);
     window.addEventListener('popstate', () => {
       if (page.loop) stopLoop();
@@ -722,8 +968,30 @@ function startViewer() {
     let resizeTimer = null;
     window.addEventListener('resize', () => {
       clearTimeout(resizeTimer);
-      resizeTimer = setTimeout(() => page.state.size === 'fit' && render('replace'), 150);
+      // A profile of another width asks for another number of samples.
+      resizeTimer = setTimeout(() => {
+        page.profileN = null;
+        render('replace');
+      }, 150);
     });
+  }
+
+  // The profile's key: its three curves, then the strip's classes and the unpainted colour.
+  function fillProfileKey(cfg) {
+    const item = (text, className, style) => {
+      const span = document.createElement('span');
+      span.append(Object.assign(document.createElement('i'), { className }), text);
+      span.firstChild.style.cssText = style;
+      return span;
+    };
+    const names = { hsr: '레이더 / radar (mm/h)', rn15x: 'AWS 강수 / station rain (mm/h)', tw: '습구온도 / wet-bulb (°C)' };
+    const rnsn = cfg.products.find((p) => p.code === 'RNSN');
+    const classes = (rnsn ? rnsn.classes : []).concat([{ name: '자료 없음 / no data', rgb: cfg.slots.background }]);
+    el.profileKey.replaceChildren(
+      ...PROFILE_LINES.map(([key, colour, dash]) =>
+        item(names[key], 'curve', `border-bottom-color: ${colour}; border-bottom-style: ${dash ? 'dashed' : 'solid'}`)),
+      item('띠 / strip RNSN:', '', 'display: none'),
+      ...classes.map((c) => item(glossed(c.name), 'colour', `background: rgb(${c.rgb.join(',')})`)));
   }
 
   async function loadConfig() {
@@ -790,9 +1058,10 @@ function startViewer() {
       item.append(radio, ` ${label}`);
       return item;
     }));
-    for (const [name, slot] of [['--rain', 'rain'], ['--dry', 'dry'], ['--disc', 'disc']]) {
+    for (const [name, slot] of [['--rain', 'rain'], ['--dry', 'dry'], ['--disc', 'disc'], ['--section', 'section']]) {
       document.documentElement.style.setProperty(name, `rgb(${cfg.slots[slot].join(',')})`);
     }
+    fillProfileKey(cfg);
     takeTimes(cfg.times || []);
     page.defaults = {
       obs: cfg.products.some((p) => p.code === 'RNSN') ? 'RNSN' : cfg.products[0].code,
@@ -817,8 +1086,8 @@ function startViewer() {
 if (typeof module !== 'undefined' && module.exports) {
   module.exports = {
     canvasGeometry, fitSize, zoomView, pixelToKm, zoomIn, describeView, zoomFields, sectionPoint, sectionLine,
-    pictureQuery, parseTime, addMinutes, clockTime, shownTime, timeline, loopFrames, lonLat, describeColour,
-    stateToHash, stateFromHash,
+    sectionEnds, probeQuery, probeRows, profileSvg, pictureQuery, parseTime, addMinutes, clockTime, shownTime, timeline,
+    loopFrames, lonLat, describeColour, stateToHash, stateFromHash,
   };
 } else if (typeof window !== 'undefined') {
   window.addEventListener('DOMContentLoaded', startViewer);

@@ -15,8 +15,8 @@ const { chromium } = require('playwright-core');
 const [base, shotDir, latestGrid, nextGrid] = process.argv.slice(2);
 const T = (minute) => `2024011512${minute}`;
 const SESSIONS = [
-  ['phone', { viewport: { width: 390, height: 844 }, isMobile: true, hasTouch: true, deviceScaleFactor: 2 }],
-  ['desk', { viewport: { width: 1400, height: 1000 } }],
+  ['phone', { viewport: { width: 390, height: 844 }, isMobile: true, hasTouch: true, deviceScaleFactor: 2 }, [T(30)]],
+  ['desk', { viewport: { width: 1400, height: 1000 } }, [T(30), T(40)]],
 ];
 
 async function main() {
@@ -25,18 +25,21 @@ async function main() {
     args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
       '--disable-background-networking', '--disable-component-update', '--disable-sync'] });
   try {
-    for (const [name, options] of SESSIONS) {
+    for (const [name, options, profiles] of SESSIONS) {
       const context = await browser.newContext({ ...options, acceptDownloads: true });
       await context.grantPermissions(['clipboard-read', 'clipboard-write'], { origin: base });
       const page = await context.newPage();
       page.setDefaultTimeout(15000);
-      const errors = [];
+      const [errors, probes] = [[], []];
       page.on('pageerror', (err) => errors.push(err.message));
       // Every request succeeds (the icon too); a picture replaced while loading is aborted.
       page.on('response', (r) => r.status() >= 400 && errors.push(`${r.status()} ${r.url()}`));
       page.on('requestfailed', (r) => r.failure().errorText !== 'net::ERR_ABORTED' && errors.push(r.url()));
-      await (name === 'phone' ? phone(page) : desk(page));
+      page.on('request', (r) => /_probe\?/.test(r.url()) && probes.push(Object.fromEntries(new URL(r.url()).searchParams)));
+      await probed(page, probes, profiles, await (name === 'phone' ? phone(page) : desk(page)));
       await page.screenshot({ path: path.join(shotDir, `viewer-${name}.png`), fullPage: true });
+      await step(page, 'the section cleared', () => page.click('#section-clear'), {}, ['x1']);
+      assert.ok(await page.isHidden('#profile') && !(await page.locator('#overlay .end').count()), 'the profile and A, B go too');
       assert.deepEqual(errors, [], `${name}: errors in the page or failed requests`);
       await context.close();
     }
@@ -50,17 +53,14 @@ async function phone(page) {
   await step(page, 'the first picture', () => page.goto(base));
   for (const width of [390, 360]) {
     if (width === 360) await step(page, 'a narrower fit', () => page.setViewportSize({ width, height: 844 }));
-    const fit = await page.evaluate(() => [document.documentElement.scrollWidth, innerWidth,
-      document.getElementById('picture').getBoundingClientRect().width]);
+    const fit = await page.evaluate(() => [document.documentElement.scrollWidth, innerWidth, document.getElementById('picture').width]);
     assert.ok(fit[0] <= fit[1] && fit[2] >= 0.9 * fit[1], `${width} px: page, window, picture widths ${fit}`);
   }
   const size = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight]);
-  await step(page, 'a tap zooms', () => touchPixel(page, size[0] * 0.6, size[1] * 0.3), { zoom_level: '1' });
-  assert.match(await text(page, 'readout'), /°N · x [\d.]+ y [\d.]+ km · /, 'a tap reads out');
+  await step(page, 'a tap zooms', () => press(page, size[0] * 0.6, size[1] * 0.3), { zoom_level: '1' });
   await page.tap('#mode-section');
-  await touchPixel(page, size[0] * 0.2, size[1] * 0.3);
-  const request = await step(page, 'two taps draw a section', () => touchPixel(page, size[0] * 0.5, size[1] * 0.8));
-  assert.match(request, /&zoom_level=1&.*&x1=\d+&y1=\d+&x2=\d+&y2=\d+$/);
+  await press(page, size[0] * 0.2, size[1] * 0.3);
+  return step(page, 'two taps draw a section while zoomed', () => press(page, size[0] * 0.5, size[1] * 0.8), { zoom_level: '1' });
 }
 
 async function desk(page) {
@@ -75,12 +75,12 @@ async function desk(page) {
   await step(page, 'a size', () => page.selectOption('#size', '600'), { size: '600' });
   for (const [obs, reading] of [['HSR', '5 – 10 mm/h'], ['TW', '-2 – 1 °C'], ['RNSN', '비 / rain']]) {
     await step(page, obs, () => page.selectOption('#obs', obs), { obs });
-    await page.mouse.move(...(await pagePoint(page, 120, 554)));
+    await press(page, 120, 554, 'hover');
     assert.equal(await text(page, 'readout'), `125.651°E 37.731°N · x 20.0 y 31.0 km · ${reading}`);
   }
 
   // (450, 200) shows 75 km east, 90 km north: three quarters across both ways, digit 5.
-  const click = (column, row) => async () => page.mouse.click(...(await pagePoint(page, column, row)));
+  const click = (column, row) => () => press(page, column, row);
   await step(page, 'a click zooms', click(450, 200), { zoom_level: '1', zoom_x: '5000000', zoom_y: '5000000' });
   assert.equal(await text(page, 'zoom-info'), '1/7단계 ×2 · 50 × 60 km · 남서 모서리 / south-west corner (50, 60) km');
   const key = (name) => () => page.keyboard.press(name);
@@ -114,8 +114,7 @@ async function desk(page) {
   await page.mouse.click(5, 5);
   const played = page.evaluate(() => new Promise((resolve) => {
     performance.clearResourceTimings();
-    const [text, shows] = [document.getElementById('loop-text'), []];
-    let asked;
+    let [text, shows, asked] = [document.getElementById('loop-text'), []];
     new MutationObserver(() => {
       if (!/^재생/.test(text.textContent) || shows.at(-1)?.[0] === text.textContent) return;
       shows.push([text.textContent, performance.now()]);
@@ -151,7 +150,29 @@ async function desk(page) {
   await second.close();
 
   // The served list of times is rewritten as files arrive; the page at the latest time follows.
-  await step(page, 'a new grid file', async () => fs.copyFileSync(latestGrid, nextGrid), { tm: T(40), x1: '50' });
+  return step(page, 'a new grid file', async () => fs.copyFileSync(latestGrid, nextGrid), { tm: T(40), x1: '50' });
+}
+
+// After the flow's last `request`, a section drawn: its profile and the point read out under a click in probe
+// mode against the probe's answers; the probes asked: a profile (a sample a pixel) at each `profiles` time, the point.
+async function probed(page, probes, profiles, request) {
+  const [tm, x1, y1, x2, y2] = ['tm', 'x1', 'y1', 'x2', 'y2'].map((key) => new URL(request).searchParams.get(key));
+  const day = tm.replace(/(\d{4})(\d\d)(\d\d)(\d\d)(\d\d)/, '$1.$2.$3 $4:$5');
+  await page.waitForFunction((d) => document.getElementById('profile-title').textContent.includes(d), day);
+  assert.deepEqual(await page.$$eval('#overlay .end, #profile .end', (marks) => marks.map((g) => g.textContent)), ['A', 'B', 'A', 'B']);
+  assert.equal(await page.textContent('#profile .length'), `${Math.hypot(x2 - x1, y2 - y1).toFixed(1)} km`);
+  await page.check('#mode-probe');
+  await press(page, ...(await page.$eval('#picture', (img) => [img.naturalWidth * 0.2, img.naturalHeight * 0.75])));
+  await page.waitForSelector('#probe-table tr[data-key="station"]');
+  const [point, n] = [probes.at(-1), String((await page.$eval('#profile-plot', (plot) => plot.clientWidth)) - 80)];
+  assert.deepEqual(probes, [...profiles.map((t) => ({ tm: t, map: 'HR', x1, y1, x2, y2, n })), { tm, map: 'HR', x: point.x, y: point.y }]);
+  const { point: p, station: s } = await (await fetch(`${base}cgi-bin/rdr_sfc_pty_probe?tm=${tm}&map=HR&x=${point.x}&y=${point.y}`)).json();
+  const rows = Object.fromEntries(await page.$$eval('#probe-table tr', (trs) => trs.map((tr) => [tr.dataset.key, tr.lastChild.textContent])));
+  for (const [key, expected] of [['tm', day], ['place', (await text(page, 'readout')).split(' · ').slice(0, 2).join(' · ')],
+    ['TW', `${p.tw} °C`], ['HSR', `${p.hsr} mm/h`], ['RN15X', `${p.rn15x} mm/h`], ['station', s ? `${s.stn_id} ${s.name}` : '20 km 안에 없음'],
+    ...Object.entries(p.classes).map(([k, c]) => [k, c ? c.name || '분류' : '—'])]) {
+    assert.ok(rows[key].startsWith(expected), `${key}: ${rows[key]}`);
+  }
 }
 
 // Does `action`, then waits until the picture of another request is on screen; checks the query
@@ -173,17 +194,14 @@ async function step(page, what, action, expected = {}, absent = []) {
 
 const text = (page, id) => page.$eval('#' + id, (e) => e.textContent);
 
-// Where the picture's pixel (column, row) is on the page, whatever the scale it is shown at.
-async function pagePoint(page, column, row) {
-  const box = await page.locator('#picture').boundingBox();
-  const size = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight]);
-  return [box.x + ((column + 0.5) * box.width) / size[0], box.y + ((row + 0.5) * box.height) / size[1]];
-}
-
-async function touchPixel(page, column, row) {
+// Taps (on a touch screen), clicks or, with `hover`, points at the picture's pixel (column, row),
+// whatever the scale it is shown at.
+async function press(page, column, row, hover) {
   await page.locator('#picture').scrollIntoViewIfNeeded();
-  const [x, y] = await pagePoint(page, Math.floor(column), Math.floor(row));
-  await page.touchscreen.tap(x, y);
+  const box = await page.locator('#picture').boundingBox();
+  const [width, height, touch] = await page.$eval('#picture', (img) => [img.naturalWidth, img.naturalHeight, navigator.maxTouchPoints > 0]);
+  const [x, y] = [box.x + ((Math.floor(column) + 0.5) * box.width) / width, box.y + ((Math.floor(row) + 0.5) * box.height) / height];
+  await (hover ? page.mouse.move(x, y) : touch ? page.touchscreen.tap(x, y) : page.mouse.click(x, y));
 }
 
 main().catch((err) => {

@@ -40,9 +40,6 @@ start
 [ "$(get 'cgi-bin/rdr_sfc_pty_img?obs=RN15X&tm=202401151230&size=300')" = "200 image/png" ] || fail "the picture"
 [ "$(od -An -tu1 -j16 -N8 "$root/body" | tr -s ' ')" = " 0 0 1 79 0 0 1 124" ] || fail "the picture's size"
 [ "$(get '')" = "200 text/html; charset=utf-8" ] && grep -q '<script src="viewer.js"' "$root/body" || fail "the page"
-# The point program beside the picture program answers too.
-[ "$(get 'cgi-bin/rdr_sfc_pty_probe?tm=202401151230&x=50&y=60')" = "200 application/json" ] &&
-  grep -q '"file":"RDR_SFC_PTY_202401151230.bin.gz","map":"HR","point":{"x":50.000' "$root/body" || fail "the point program"
 # The first catalogue entry of a code counts and a code the query cannot carry is left out; the
 # 100-byte file at 12:35 is no time; the colour file's classes slide with the month.
 [ "$(get viewer-config.json)" = "200 application/json" ] || fail "the configuration"
