@@ -51,7 +51,7 @@ fixture::Grid positional_grid()
 void write_tree()
 {
     fixture::reset_root();
-    fixture::write_simple_catalogue();
+    ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:60"}));
     ASSERT_TRUE(fixture::write_grid(positional_grid(), 2024, 1, 15, 12, 5));
     ASSERT_TRUE(fixture::write_station_catalogues({{{kStation}, 20, 30}}, 50, 60));
     std::vector<fixture::MinuteSlot> slots;
@@ -105,7 +105,7 @@ TEST(Probe, AnswersByTable)
                                                     {"file", "\"RDR_SFC_PTY_202401151205.bin.gz\""}}},
         {"station", "x=23&y=34" + tm,
          {{"station.stn_id", "123"}, {"station.distance_km", "5.0"}, {"station.rain", "1"},
-          {"station.name", "\"\xec\x84\x9c\xec\x9a\xb8\""}, {"station.rn15x_x4", "4.8"}, {"station.wd", "180.0"}}},
+          {"station.name", "\"\xea\xb0\x80\xeb\x9e\x8c\""}, {"station.rn15x_x4", "4.8"}, {"station.wd", "180.0"}}},
         {"no station within 20 km", "x=41&y=30" + tm, {{"station", "null"}}},
         {"line", line, {{"line.samples.0.x", "10.0"}, {"line.samples.10.y", "60.0"}, {"line.length_km", "50.0"},
                         {"line.samples.1.cell", "[13,24]"}, {"line.samples.1.hsr", "13.24"}, {"line.samples.5.d", "25.0"}}},
@@ -140,15 +140,11 @@ TEST(Probe, AnswersByTable)
         const char *query = row.query == "(unset)" ? nullptr : row.query.c_str();
         cgi::Answer a = cgi::run(query, 10000, "UTC0", RDR_PROBE);
         ASSERT_FALSE(a.timed_out);
-        EXPECT_EQ(a.exit_status, 0);
-        EXPECT_EQ(a.status_line, "HTTP/1.0 200 OK");
-        EXPECT_EQ(a.content_type, "Content-type: application/json");
+        EXPECT_EQ(std::to_string(a.exit_status) + "|" + a.status_line + "|" + a.content_type, "0|HTTP/1.0 200 OK|Content-type: application/json");
         for (const auto &[path, expected] : row.expect) {
             std::string got = lookup(a.png, path);
-            if (expected == "*")
-                EXPECT_TRUE(got[0] == '"' && got.size() > 2) << path << ": " << a.png.substr(0, 400);
-            else
-                EXPECT_EQ(got, expected) << path << ": " << a.png.substr(0, 400);
+            EXPECT_TRUE(expected == "*" ? got[0] == '"' && got.size() > 2 : got == expected)
+                << path << ": " << got << " where " << expected << " was expected, in " << a.png.substr(0, 400);
         }
         if (row.damage) write_tree();
     }

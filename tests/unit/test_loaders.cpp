@@ -1,6 +1,6 @@
 // The loaders' contracts, as tables: the query and the search back for a grid file, the map
-// catalogue, the grid reader with the view's row plan, the monthly thresholds, the station
-// catalogue and the stations' rain values.
+// catalogue, the grid reader, the monthly thresholds, the station catalogue and the stations'
+// rain values.
 #include <gd.h>
 #include <gtest/gtest.h>
 
@@ -138,7 +138,7 @@ protected:
     void SetUp() override
     {
         fixture::reset_root();
-        fixture::write_simple_catalogue(100, 120, 50, 60);
+        ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:60"}));
         std::memset(&var, 0, sizeof var);
         copy_text(var.map, sizeof var.map, "HR");
         copy_text(var.fname, sizeof var.fname, path_.c_str());
@@ -218,30 +218,6 @@ TEST_F(GridReader, CutStreamsMissingFilesAndImplausibleHeaders)
     EXPECT_EQ(rdr_sfc_pty_get(), GRID_NO_CATALOGUE);
 }
 
-// A 10 x 40 km map of 1 km cells drawn 5 pixels wide samples rows 2, 4, .., 38 (row counter j at
-// 2j cells); only those are read, the others are missing. Without a canvas every row is read.
-TEST_F(GridReader, APictureReadsTheRowsItSamples)
-{
-    fixture::write_simple_catalogue(10, 40, 5, 20);
-    fixture::Grid g = fixture::make_grid(10, 40);
-    for (std::size_t k = 0; k < g.code.size(); k++) g.code[k] = 0x22, g.tw[k] = fixture::tw_raw(7.0);
-    ASSERT_TRUE(fixture::write_grid(g, 2024, 1, 15, 12, 35));
-    var.size = 5;
-    for (const char *obs : {"RNSN", "TW"}) {
-        ASSERT_EQ(read(obs), 0);
-        for (int j = 0; j < 40; j++) {
-            bool sampled = j % 2 == 0 && j > 0;
-            double got = obs[0] == 'R' ? pty[j][9] : data[j][9];
-            EXPECT_EQ(got, sampled ? (obs[0] == 'R' ? 2 : 7) : (obs[0] == 'R' ? 0 : -999)) << obs << " row " << j;
-        }
-        rdr_sfc_pty_release();  // a grid of planned rows is one block of cells
-        EXPECT_TRUE(data == nullptr && pty == nullptr);
-    }
-    var.size = 0;
-    ASSERT_EQ(read("TW"), 0);
-    EXPECT_FLOAT_EQ(data[1][0], 7.0f);
-}
-
 // The wet-bulb thresholds slide so that the first bound is the month's lowest plus one.
 TEST(ColorTable, MonthlyThresholds)
 {
@@ -307,7 +283,7 @@ TEST(StationCatalogue, ValidityAgencyKindAndLineRules)
     sensors_and_positions(101, 131);
     EXPECT_EQ(load_stations(), (std::vector<int>{101, 102, 105, 106, 107, 109, 114, 115, 116, 117}));
     const STN_VAL &s = stn_data[0];
-    EXPECT_EQ(std::string(s.stn_ko) + "|" + s.gov_cd + "|" + s.stn_sp, "\xbc\xad\xbf\xef|GFR|SA");
+    EXPECT_EQ(std::string(s.stn_ko) + "|" + s.gov_cd + "|" + s.stn_sp, "\xb0\xa1\xb6\xf7|GFR|SA");
     EXPECT_NEAR(s.x, 560 + 86.2349, 0.001);  // (127 E, 37.5 N) from the origin at (560, 840)
     EXPECT_NEAR(s.y, 840 - 53.5529, 0.001);
     EXPECT_EQ(s.ht, 50.0f);
@@ -334,7 +310,7 @@ TEST(StationCatalogue, SensorsPositionsDuplicatesAndTheSquare)
     // The origin at (0, 840): 207 on it lies on the square's west edge and counts; 212 west of it,
     // 213 beyond its east edge at 1024 km.
     EXPECT_EQ(load_stations(0), (std::vector<int>{201, 202, 207, 208}));
-    EXPECT_STREQ(stn_data[0].stn_ko, "\xbc\xad\xbf\xef");  // the first of the two 201 rows
+    EXPECT_STREQ(stn_data[0].stn_ko, "\xb0\xa1\xb6\xf7");  // the first of the two 201 rows
     EXPECT_EQ(stn_data[2].x, 0.0f);
     EXPECT_NEAR(stn_data[3].x, 268.8191, 0.001);  // of two valid positions the last wins
     EXPECT_NEAR(stn_data[3].y, 840 - 320.4683, 0.001);

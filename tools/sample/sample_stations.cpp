@@ -1,6 +1,6 @@
-// Station places, names and catalogue rows. Main stations sit at their cities; the others are
-// spread over South Korean land at least kSpacingKm apart, numbered from 300 on, with names made
-// of place-name syllables (a hill station's name ends in a hill word).
+// Station places, names and catalogue rows. Main stations sit at cities, numbered 100, 104, ..;
+// the others are spread over South Korean land at least kSpacingKm apart, numbered from 300 on.
+// Every name is made of place-name syllables (a hill station's name ends in a hill word).
 #include "sample_stations.h"
 
 #include <iconv.h>
@@ -18,31 +18,23 @@ namespace {
 constexpr int kOtherStations = 660;
 constexpr double kSpacingKm = 7.0;
 constexpr int kFirstOtherId = 300;
+constexpr int kFirstMainId = 100, kMainIdStep = 4;
 
-struct MainStation {
-    int id;
-    const char *name;
+// Where the main stations stand: latitude and longitude of cities.
+struct Place {
     double lat, lon;
 };
 
-const MainStation kMain[] = {
-    {90, "속초", 38.25, 128.56},   {95, "철원", 38.15, 127.30},   {98, "동두천", 37.90, 127.06},
-    {100, "대관령", 37.68, 128.72}, {101, "춘천", 37.90, 127.74},   {105, "강릉", 37.75, 128.89},
-    {108, "서울", 37.57, 126.97},   {112, "인천", 37.48, 126.62},   {114, "원주", 37.34, 127.95},
-    {115, "울릉도", 37.48, 130.90}, {119, "수원", 37.26, 126.98},   {121, "영월", 37.18, 128.46},
-    {127, "충주", 36.97, 127.95},   {129, "서산", 36.78, 126.49},   {130, "울진", 36.99, 129.41},
-    {131, "청주", 36.64, 127.44},   {133, "대전", 36.37, 127.37},   {135, "추풍령", 36.22, 127.99},
-    {136, "안동", 36.57, 128.71},   {138, "포항", 36.03, 129.38},   {140, "군산", 36.00, 126.76},
-    {143, "대구", 35.88, 128.65},   {146, "전주", 35.82, 127.16},   {152, "울산", 35.58, 129.33},
-    {155, "창원", 35.17, 128.57},   {156, "광주", 35.17, 126.89},   {159, "부산", 35.10, 129.03},
-    {162, "통영", 34.85, 128.44},   {165, "목포", 34.82, 126.38},   {168, "여수", 34.74, 127.74},
-    {170, "완도", 34.40, 126.70},   {184, "제주", 33.51, 126.53},   {185, "고산", 33.29, 126.16},
-    {188, "성산", 33.39, 126.88},   {189, "서귀포", 33.25, 126.57}, {192, "진주", 35.16, 128.04},
-    {201, "강화", 37.71, 126.45},   {202, "양평", 37.49, 127.49},   {211, "인제", 38.06, 128.17},
-    {221, "제천", 37.16, 128.19},   {232, "천안", 36.78, 127.12},   {236, "부여", 36.27, 126.92},
-    {243, "부안", 35.73, 126.72},   {247, "남원", 35.41, 127.33},   {260, "장흥", 34.69, 126.92},
-    {271, "봉화", 36.94, 128.91},   {279, "구미", 36.13, 128.32},   {288, "밀양", 35.49, 128.74},
-    {295, "남해", 34.82, 127.93},
+const Place kMainPlaces[] = {
+    {38.25, 128.56}, {38.15, 127.30}, {37.90, 127.06}, {37.68, 128.72}, {37.90, 127.74}, {37.75, 128.89},
+    {37.57, 126.97}, {37.48, 126.62}, {37.34, 127.95}, {37.48, 130.90}, {37.26, 126.98}, {37.18, 128.46},
+    {36.97, 127.95}, {36.78, 126.49}, {36.99, 129.41}, {36.64, 127.44}, {36.37, 127.37}, {36.22, 127.99},
+    {36.57, 128.71}, {36.03, 129.38}, {36.00, 126.76}, {35.88, 128.65}, {35.82, 127.16}, {35.58, 129.33},
+    {35.17, 128.57}, {35.17, 126.89}, {35.10, 129.03}, {34.85, 128.44}, {34.82, 126.38}, {34.74, 127.74},
+    {34.40, 126.70}, {33.51, 126.53}, {33.29, 126.16}, {33.39, 126.88}, {33.25, 126.57}, {35.16, 128.04},
+    {37.71, 126.45}, {37.49, 127.49}, {38.06, 128.17}, {37.16, 128.19}, {36.78, 127.12}, {36.27, 126.92},
+    {35.73, 126.72}, {35.41, 127.33}, {34.69, 126.92}, {36.94, 128.91}, {36.13, 128.32}, {35.49, 128.74},
+    {34.82, 127.93},
 };
 
 const char *const kFirstSyllables[] = {
@@ -123,13 +115,15 @@ std::vector<SampleStation> place_stations(const Geography &geo, const KmField &t
 {
     std::vector<SampleStation> stations;
     std::set<std::string> taken;
-    for (const MainStation &m : kMain) {
-        stations.push_back(station_at(m.id, m.name, m.lon, m.lat, terrain));
+    Rng rng(20240715);
+    int main_id = kFirstMainId;
+    for (const Place &m : kMainPlaces) {
+        stations.push_back(station_at(main_id, "", m.lon, m.lat, terrain));
+        stations.back().name = made_up_name(rng, stations.back().height_m, taken);
         stations.back().kind = "SA";
         stations.back().gov = "GFR";
-        taken.insert(m.name);
+        main_id += kMainIdStep;
     }
-    Rng rng(20240715);
     fixture::KmProjection projection(DOMAIN_SX, DOMAIN_SY);
     int id = kFirstOtherId;
     int placed = 0;
@@ -162,7 +156,7 @@ bool write_station_catalogues(const std::vector<SampleStation> &stations)
         row.stn_id = s.stn_id;
         row.name = euc_kr_of(s.name);
         row.kind = s.listing == Listing::other_kind ? "SZ" : s.kind;
-        row.gov = s.listing == Listing::other_agency ? "MOF" : s.gov;
+        row.gov = s.listing == Listing::other_agency ? "QXZ" : s.gov;
         row.tm1 = s.listing == Listing::opens_later ? "202408010000" : s.stn_id < kFirstOtherId ? "196001010000"
                                                                                                  : "200803010000";
         row.tm2 = s.listing == Listing::closed ? "201912312359" : open_end;

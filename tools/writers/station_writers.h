@@ -17,12 +17,12 @@ extern const char *const kValidFrom;
 extern const char *const kValidUntil;
 
 // Rows of the three catalogues, fields in the order a test most often sets them.
-// Station list: "id,until,from,name,-,kind,-,agency,-"; the name is EUC-KR ("서울").
+// Station list: "id,until,from,name,-,kind,-,agency,-"; the name is EUC-KR ("가람").
 struct StationListRow {
     int stn_id = 0;
     std::string kind = "SA";
     std::string gov = "GFR";
-    std::string name = "\xbc\xad\xbf\xef";
+    std::string name = "\xb0\xa1\xb6\xf7";
     std::string tm1 = kValidFrom;
     std::string tm2 = kValidUntil;
 };
