@@ -38,7 +38,7 @@ void fill(std::vector<T> &block, int c0, int c1, int r0, int r1, T value)
 void map_100_by_120()
 {
     fixture::reset_root();
-    fixture::write_simple_catalogue(100, 120, 50, 60);
+    ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:60"}));
     ASSERT_TRUE(fixture::write_color_file("color_rn_echo.rgb", {{10, 0, 0, 1}, {20, 0, 0, 2}, {30, 0, 0, 5}, {40, 0, 0, 10}}));
     ASSERT_TRUE(fixture::write_color_file("color_ta_e30.rgb", {{10, 0, 0, -20}, {20, 0, 0, -18}, {30, 0, 0, -10}, {40, 0, 0, 0}}));
 }
@@ -87,7 +87,7 @@ void zoom_tree() { map_100_by_120(), write_grid(marker_grid()); }
 void placed_tree(int dxy)
 {
     zoom_tree();
-    fixture::write_simple_catalogue(100, 120, 430, 760);
+    ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:430:760"}));
     fixture::Grid g = marker_grid();
     g.head.map_code = 3, g.head.dxy = (short)dxy, g.code[g.at(15, 15)] = 0x30;
     write_grid(g);
@@ -136,7 +136,7 @@ void outline_tree()
 void annotation_tree()
 {
     map_100_by_120();
-    fixture::install_font();
+    ASSERT_TRUE(fixture::write_font());
     write_grid(fixture::make_grid(100, 120));
     ASSERT_TRUE(fixture::write_color_file("color_rn_echo.rgb", {{10, 0, 0, 0.5f}, {20, 0, 0, 4.9f}, {30, 0, 0, 5.0f},
                                                                 {40, 0, 0, 10.0f}, {50, 0, 0, 1e30f}, {60, 0, 0, 0}}));
@@ -231,9 +231,9 @@ TEST(Pictures, TerrainAndOutlines)
         // The origin moved to 500 km west (south) of the map puts terrain column 1152 at pixel 184
         // (row 1440 at image row 60), in view but never shown.
         {"the terrain's last column", terrain_tree, q + "T", kLayerPicture, {table::px(182, 240, kMid), table::px(184, 240, kWhite)},
-         [] { fixture::write_simple_catalogue(100, 120, -500, 60); }},
+         [] { ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:-500:60"})); }},
         {"the terrain's last row", terrain_tree, q + "T", kLayerPicture, {table::px(80, 62, kMid), table::px(80, 60, kWhite)},
-         [] { fixture::write_simple_catalogue(100, 120, 50, -500); }},
+         [] { ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:-500"})); }},
         // A file cut inside row 790, after the low byte of column 553 (pixel 86): what it holds
         // is shaded, half a value is no value, and nothing after it.
         {"cut terrain file", terrain_tree, q + "T", kLayerPicture,
@@ -358,7 +358,7 @@ fixture::Station at_pixel(int id, int X, int Y) { return {{id}, 2.0f * X + 1, 2.
 void station_map()
 {
     fixture::reset_root();
-    fixture::install_font();
+    ASSERT_TRUE(fixture::write_font());
     ASSERT_TRUE(fixture::write_map_catalogue({"HR:1000:1000:500:500"}));
     ASSERT_TRUE(fixture::write_grid(fixture::make_grid(10, 10), 2024, 7, 15, 9, 55));
 }
@@ -469,7 +469,7 @@ TEST(Pictures, Stations)
 void spine_tree()
 {
     fixture::reset_root();
-    fixture::write_simple_catalogue(900, 1000, 450, 500);
+    ASSERT_TRUE(fixture::write_map_catalogue({"HR:900:1000:450:500"}));
     fixture::Grid g = fixture::make_grid(9, 10);
     for (auto &c : g.code) c = 0x22;
     ASSERT_TRUE(fixture::write_grid(g, 2024, 1, 15, 12, 25));

@@ -3,9 +3,7 @@
 // in-process, as a fresh process would. Compiled once per surface (RDR_FUZZ_SURFACE names it;
 // its RDR_ROOT gives it a tree of its own, so two can run at once). The first bytes of an input
 // are the surface's choices, the rest the content of its file (the seeds in corpus/ are so made).
-#include <fcntl.h>
 #include <gd.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -89,9 +87,7 @@ void make_tree(unsigned parts)
     std::filesystem::remove_all(root, ec);
     setenv("TZ", "UTC0", 1);
     tzset();
-    int null_fd = open("/dev/null", O_WRONLY);
-    dup2(null_fd, STDOUT_FILENO);
-    close(null_fd);
+    must(std::freopen("/dev/null", "w", stdout) != nullptr, "standard output to /dev/null");
     must(fixture::write_font(), "the font");
     if (parts & CATALOGUE)
         must(fixture::write_map_catalogue({"# code:nx:ny:sx:sy", "HR:100:120:50:60", "SR:60:60:30:30", "A/B:100:120:50:60"}), "the catalogue");

@@ -7,7 +7,7 @@
 # PNG that pngcheck accepts, and no process of the program may be left once the server stopped.
 set -euo pipefail
 program=$(realpath "$1") root=$3 requests=${4:-2000} concurrency=${5:-16} faults=${6:-1000}
-"$2" load
+"$2"
 setsid "$(dirname "$0")/../../tools/serve" "$program" "$root" > "$root/serve.out" 2>/dev/null &
 serve=$!
 trap 'kill -9 -- "-$serve" 2>/dev/null || true' EXIT
@@ -38,7 +38,7 @@ curl -s -o "$root/page" "$base" && ! pngcheck -q "$root/page" > /dev/null 2>&1 |
 
 products=(RNSN RNSN1 RNSN2 RNEX AREA TW HSR RN15X) sizes=(200 300 450 600 800)
 layers=("" "&gis=T" "&zoom_level=2&zoom_x=3300000&zoom_y=4400000" "&aws=8&zoom_level=3&zoom_x=2200000&zoom_y=2200000"
-  "&aws=1&zoom_level=1&zoom_x=2000000&zoom_y=2000000&griddisp=1&legend=0" "&x1=20&y1=30&x2=250&y2=300&rnexdisp=2")
+  "&aws=1&zoom_level=1&zoom_x=2000000&zoom_y=2000000&griddisp=1&legend=0" "&x1=20&y1=30&x2=80&y2=100&rnexdisp=2")
 hostile=("obs=RNSN&tm=202401151205&size=99999999999" "obs=RNSN&tm=202401151205&size=300&map=../x" "&&&&=&=&obs=&size=300"
   "obs=TW&size=300&tm=2024011512051111111111111111111111111111" "obs=RNEX&tm=202401151205&size=-5"
   "obs=HSR&tm=202401151205&size=300&zoom_level=1&zoom_x=abc&zoom_y=-1")
@@ -51,7 +51,7 @@ done | run load || ok=1
 # The grid file of the program's now (the clock rounded down to 5 minutes) less some minutes; the
 # slot before stays, so a reader that finds the current file too small steps back to it.
 now_grid() { date -d "@$(($(date +%s) / 300 * 300 - $1))" +"$root/DATA/RDR/OBS/%Y%m/%d/RDR_SFC_PTY_%Y%m%d%H%M.bin.gz"; }
-big=$root/DATA/RDR/OBS/202401/15/RDR_SFC_PTY_202401151200.bin.gz small=$root/DATA/RDR/OBS/202401/15/RDR_SFC_PTY_202401151100.bin.gz
+big=$root/DATA/RDR/OBS/202401/15/RDR_SFC_PTY_202401151200.bin.gz small=$root/other-size.bin.gz
 mkdir -p "$(dirname "$(now_grid 300)")" && cp "$big" "$(now_grid 300)"
 replace() {  # in place in four pieces (readers may see any prefix), then renamed in, in turn
   local rounds=0 path piece

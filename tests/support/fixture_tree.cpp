@@ -22,16 +22,4 @@ void reset_root()
     fs::create_directories(root);
 }
 
-void install_font()
-{
-    ASSERT_TRUE(write_font()) << "the Korean font " << kKoreanFont << " is not installed";
-}
-
-void write_simple_catalogue(int nx, int ny, int sx, int sy)
-{
-    ASSERT_TRUE(write_map_catalogue(
-        {"# code:nx:ny:sx:sy", "HR:" + std::to_string(nx) + ":" + std::to_string(ny) + ":" +
-                                   std::to_string(sx) + ":" + std::to_string(sy)}));
-}
-
 }  // namespace fixture

@@ -23,21 +23,17 @@ inline std::string picture_difference(const std::string &png_a, const std::strin
     Image a = decode(png_a), b = decode(png_b);
     if (!a || !b) return "a picture does not decode";
     if (gdImageTrueColor(a.get()) || gdImageTrueColor(b.get())) return "not a palette picture";
-    if (gdImageSX(a.get()) != gdImageSX(b.get()) || gdImageSY(a.get()) != gdImageSY(b.get()))
-        return "sizes differ";
-    if (gdImageColorsTotal(a.get()) != gdImageColorsTotal(b.get())) return "palette lengths differ";
-    if (gdImageGetTransparent(a.get()) != gdImageGetTransparent(b.get())) return "transparent entries differ";
-    for (int k = 0; k < gdImageColorsTotal(a.get()); k++) {
+    if (gdImageSX(a.get()) != gdImageSX(b.get()) || gdImageSY(a.get()) != gdImageSY(b.get()) ||
+        gdImageColorsTotal(a.get()) != gdImageColorsTotal(b.get()) || gdImageGetTransparent(a.get()) != gdImageGetTransparent(b.get()))
+        return "sizes, palette lengths or transparent entries differ";
+    for (int k = 0; k < gdImageColorsTotal(a.get()); k++)
         if (gdImageRed(a.get(), k) != gdImageRed(b.get(), k) || gdImageGreen(a.get(), k) != gdImageGreen(b.get(), k) ||
             gdImageBlue(a.get(), k) != gdImageBlue(b.get(), k) || gdImageAlpha(a.get(), k) != gdImageAlpha(b.get(), k))
             return "palette entry " + std::to_string(k) + " differs";
-    }
-    for (int y = 0; y < gdImageSY(a.get()); y++) {
-        for (int x = 0; x < gdImageSX(a.get()); x++) {
+    for (int y = 0; y < gdImageSY(a.get()); y++)
+        for (int x = 0; x < gdImageSX(a.get()); x++)
             if (gdImagePalettePixel(a.get(), x, y) != gdImagePalettePixel(b.get(), x, y))
                 return "pixel " + std::to_string(x) + "," + std::to_string(y) + " differs";
-        }
-    }
     return "";
 }
 

@@ -177,29 +177,6 @@ TEST(TextReaders, ReadLineCutsAndDropsTheRest)
     EXPECT_FALSE(is_blank(" 1 "));
 }
 
-TEST(Nrutil, BoundsEmptyRangesAndOneRow)
-{
-    float **m = matrix(0, 2, 0, 3);
-    for (int j = 0; j <= 2; j++)
-        for (int i = 0; i <= 3; i++) m[j][i] = (float)(j * 10 + i);
-    EXPECT_EQ(m[2][3] + m[1][0], 33.0f);
-    free_matrix(m, 0, 2, 0, 3);
-    unsigned char **one = cmatrix(0, 0, 0, 4);  // a single row has cells of its own
-    one[0][4] = 7;
-    EXPECT_EQ(one[0][4], 7);
-    free_cmatrix(one, 0, 0, 0, 4);
-    short **s = smatrix(0, 1440, 0, 1152);
-    s[1440][1152] = -7;
-    EXPECT_EQ(s[1440][1152], -7);
-    free_smatrix(s, 0, 1440, 0, 1152);
-    char *v = cvector(0, -1);
-    EXPECT_NE(v, nullptr);
-    free_cvector(v, 0, -1);
-    float **none = matrix(0, -1, 0, -1);
-    EXPECT_NE(none, nullptr);
-    free_matrix(none, 0, -1, 0, -1);
-}
-
 TEST(NrutilDeathTest, EnormousCountsEndTheProcessWithTheMessage)
 {
     EXPECT_EXIT(cvector(0, -2), testing::ExitedWithCode(1),

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The program and the viewer page as a web server serves them: tools/serve runs lighttpd on the
-# viewer fixture tree; curl fetches a picture, the page and the configuration made from the
+# scripted tests' fixture tree; curl fetches a picture, the page and the configuration made from the
 # program's tables; headless Chromium drives the page and sees a new grid file join the times
 # (when tests/web/node_modules holds its driver: tools/test runs npm ci there). Ctrl-C, and a
 # TERM to the script alone, leave no process and no scratch folder behind.
@@ -11,7 +11,7 @@ web=$(cd "$(dirname "$0")" && pwd)
 scratch=$root/serve-tmp serve=
 fail() { echo "FAIL: $*" >&2; exit 1; }
 trap '[ -z "$serve" ] || kill -9 -- "-$serve" 2>/dev/null || true' EXIT
-"$2" viewer
+"$2"
 
 # tools/serve in a process group of its own, refreshing the configuration every second; its
 # first line is the page's address.
