@@ -207,17 +207,10 @@ TEST(Hostile, DamagedReferenceFiles)
 // 3000 stations with names of 200 bytes of EUC-KR, all valid and placed inside the map.
 void many_stations()
 {
-    std::string list, sensors, positions;
-    for (int id = 1; id <= 3000; id++) {
-        fixture::StationListRow row = {id, "SA", "GFR", repeat("\xb0\xa1", 100)};
-        fixture::PositionRow p = {id};
-        fixture::lonlat_of_km(5.0f + (float)(id % 90), 5.0f + (float)(id / 90 % 110), 50, 60, &p.lon, &p.lat);
-        list += fixture::station_list_line(row);
-        sensors += fixture::sensor_line({id});
-        positions += fixture::position_line(p);
-    }
-    ASSERT_TRUE(fixture::write_station_list_text(list) && fixture::write_sensor_list_text(sensors) &&
-                fixture::write_position_list_text(positions));
+    std::vector<fixture::Station> stations;
+    for (int id = 1; id <= 3000; id++)
+        stations.push_back({{id, "SA", "GFR", repeat("\xb0\xa1", 100)}, 5.0f + (float)(id % 90), 5.0f + (float)(id / 90 % 110)});
+    ASSERT_TRUE(fixture::write_station_catalogues(stations, 50, 60));
 }
 
 // Station 3 raining with wind at 12:05 in a minute file of `size` bytes (0xff elsewhere), and a

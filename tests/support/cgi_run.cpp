@@ -77,13 +77,6 @@ Picture::Picture(const std::string &png)
 {
 }
 
-int Picture::width() const { return gdImageSX(im_.get()); }
-int Picture::height() const { return gdImageSY(im_.get()); }
-bool Picture::is_palette() const { return !gdImageTrueColor(im_.get()); }
-int Picture::colors() const { return gdImageColorsTotal(im_.get()); }
-int Picture::index(int x, int y) const { return gdImageGetPixel(im_.get(), x, y); }
-uint32_t Picture::rgb(int x, int y) const { return palette_rgb(index(x, y)); }
-
 uint32_t Picture::palette_rgb(int entry) const
 {
     return cgi::rgb(gdImageRed(im_.get(), entry), gdImageGreen(im_.get(), entry), gdImageBlue(im_.get(), entry));

@@ -33,14 +33,13 @@ class Picture {
 public:
     explicit Picture(const std::string &png);
     bool ok() const { return im_ != nullptr; }
-    int width() const;
-    int height() const;
-    bool is_palette() const;
-    int colors() const;                 // palette entries
-    int index(int x, int y) const;      // palette entry of a pixel
-    uint32_t rgb(int x, int y) const;   // 0xRRGGBB of a pixel
+    int width() const { return gdImageSX(im_.get()); }
+    int height() const { return gdImageSY(im_.get()); }
+    bool is_palette() const { return !gdImageTrueColor(im_.get()); }
+    int colors() const { return gdImageColorsTotal(im_.get()); }  // palette entries
+    int index(int x, int y) const { return gdImageGetPixel(im_.get(), x, y); }
+    uint32_t rgb(int x, int y) const { return palette_rgb(index(x, y)); }  // 0xRRGGBB of a pixel
     uint32_t palette_rgb(int entry) const;
-    gdImagePtr image() const { return im_.get(); }
 
 private:
     struct Destroy {

@@ -95,24 +95,25 @@ Check text(gdFontPtr font, int x, int y, const std::string &s, uint32_t ink, uin
     };
 }
 
-Check count(int x0, int y0, int x1, int y1, uint32_t colour, int least, int most)
+// The pixels of a box (corners inclusive) that `counts` takes number from `least` to `most`.
+static Check tally(int x0, int y0, int x1, int y1, std::function<bool(uint32_t)> counts, int least, int most, const char *what)
 {
     return [=](const cgi::Picture &p) {
         int n = 0;
         for (int y = y0; y <= y1; y++)
-            for (int x = x0; x <= x1; x++) n += p.rgb(x, y) == colour;
-        EXPECT_TRUE(n >= least && n <= most) << n << " of the colour in " << x0 << "," << y0 << ".." << x1 << "," << y1;
+            for (int x = x0; x <= x1; x++) n += counts(p.rgb(x, y));
+        EXPECT_TRUE(n >= least && n <= most) << n << what << x0 << "," << y0 << ".." << x1 << "," << y1;
     };
+}
+
+Check count(int x0, int y0, int x1, int y1, uint32_t colour, int least, int most)
+{
+    return tally(x0, y0, x1, y1, [=](uint32_t c) { return c == colour; }, least, most, " of the colour in ");
 }
 
 Check ink(int x0, int y0, int x1, int y1, uint32_t paper, int least, int most, uint32_t also)
 {
-    return [=](const cgi::Picture &p) {
-        int n = 0;
-        for (int y = y0; y <= y1; y++)
-            for (int x = x0; x <= x1; x++) n += p.rgb(x, y) != paper && p.rgb(x, y) != also;
-        EXPECT_TRUE(n >= least && n <= most) << n << " inked in " << x0 << "," << y0 << ".." << x1 << "," << y1;
-    };
+    return tally(x0, y0, x1, y1, [=](uint32_t c) { return c != paper && c != also; }, least, most, " inked in ");
 }
 
 Check distinct(int least)

@@ -240,9 +240,7 @@ TEST(ColorTable, MonthlyThresholds)
     }
 }
 
-using fixture::PositionRow;
-using fixture::SensorRow;
-using fixture::StationListRow;
+using fixture::PositionRow, fixture::SensorRow, fixture::StationListRow;
 
 // Loads at 09:45 with the origin at (sx, 840) and lists the station numbers kept, in order.
 std::vector<int> load_stations(int sx = 560)
