@@ -1,7 +1,6 @@
-// What the picture shows, end to end: the real program on small fixture trees, with pixels read
-// back and compared with values worked out by hand from the trees below. Layer pictures are of a
-// 100 x 120 km map with 1 km cells drawn 200 pixels wide without legend (2 pixels a km, GJ 260):
-// map cell (c, r) shows at pixel (2c, 260 - 2r).
+// What the picture shows: the real program on small fixture trees, pixels read back and compared
+// with values worked out by hand. Layer pictures draw a 100 x 120 km map of 1 km cells 200 pixels
+// wide without legend (2 pixels a km, GJ 260): map cell (c, r) shows at pixel (2c, 260 - 2r).
 #include <gdfontl.h>
 #include <gdfonts.h>
 #include <gtest/gtest.h>
@@ -446,14 +445,16 @@ TEST(Pictures, Stations)
                                 table::px(117, 360, kBlack), table::px(101, 374, kBlack)};  // 203: a barb of 0.5 m/s, 2 pixels
     for (int up = 5; up <= 30; up += 5) barbs.push_back(table::px(100, 200 - up, kBlack));
     rows.push_back({"values and barbs", observed_stations, kStations + "aws=8&zoom_level=3", picture(500, 520), barbs});
-    // Labels by mode: the name (TrueType, cut to whole syllables), the number or a value of 201.
+    // Labels by mode: the name (TrueType, cut to whole syllables, its baseline 15 rows below the
+    // station: strokes on rows 206..217 only), the number or a value of 201.
     struct Mode { int mode; const char *label; bool barb; } modes[] = {
         {1, nullptr, false}, {2, "201", false}, {3, "4.8", false}, {4, "7.7", false}, {5, "5.5", false}, {6, nullptr, true},
         {7, "201", true},    {8, "4.8", true},  {9, "7.7", true},  {10, "5.5", true}, {11, "", true},     {12, "", true}};
     for (const Mode &m : modes) {
         std::vector<Check> checks = {disc(100, 200, kBlue), table::px(100, 180, m.barb ? kBlack : kBackground)};
         if (!m.label)
-            checks.insert(checks.end(), {ink(90, 205, 140, 218, kBackground, 21, 10000), ink(290, 105, 306, 118, kBackground, 21, 10000),
+            checks.insert(checks.end(), {ink(90, 206, 140, 217, kBackground, 21, 10000), ink(90, 205, 140, 205, kBackground, 0, 0),
+                                         ink(90, 218, 140, 218, kBackground, 0, 0), ink(290, 105, 306, 118, kBackground, 21, 10000),
                                          ink(312, 100, 340, 120, kBackground, 0, 0)});  // 206: nine syllables, no more
         else if (!*m.label)
             checks.push_back(ink(90, 205, 140, 218, kBackground, 0, 0));

@@ -1,7 +1,6 @@
-// The probe end to end: the real program on a 100 x 120 km map whose 1 km grid (map code 0, cell
-// (i, j) at km (i, j)) stores its own position in every block, so each answer names the cell it
-// read. One table of queries and damaged trees; every answer must be status 200, JSON, one
-// parseable object within a time limit, and show the value its row expects.
+// The probe end to end on a 100 x 120 km map whose 1 km grid (cell (i, j) at km (i, j)) stores its
+// own position in every block: each row's answer is status 200 and one JSON object, in time, with
+// the values the row expects.
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -51,8 +50,8 @@ fixture::Grid positional_grid()
 void write_tree()
 {
     fixture::reset_root();
-    ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:60"}));
-    ASSERT_TRUE(fixture::write_grid(positional_grid(), 2024, 1, 15, 12, 5));
+    ASSERT_TRUE(fixture::write_map_catalogue({"HR:100:120:50:60", "ONE:100:1:50:60"}));
+    for (int mi : {5, 30}) ASSERT_TRUE(fixture::write_grid(positional_grid(), 2024, 1, 15, 12, mi));
     ASSERT_TRUE(fixture::write_station_catalogues({{{kStation}, 20, 30}}, 50, 60));
     std::vector<fixture::MinuteSlot> slots;
     for (int mi = 0; mi <= 10; mi++) {
@@ -90,6 +89,7 @@ TEST(Probe, AnswersByTable)
     const std::string tm = kTm, line = "x1=10&y1=20&x2=40&y2=60&n=11" + tm, big(1000, '9');
     const std::string rnsn2 = "{\"class\":3,\"name\":\"\xeb\x88\x88\xeb\xb9\x84\"}";  // 눈비
     const std::pair<std::string, std::string> error = {"error", "*"};
+    const std::string bad4 = "\"\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\"";  // four U+FFFD
     auto cut = grid_damage([](std::string &b) { b.resize(64 + 48000 + 2000); });  // HSR rows 0..9
     std::vector<Row> rows = {
         {"x.55 takes the next cell", "x=2.55&y=40" + tm, {{"point.cell", "[3,40]"}, {"point.hsr", "3.4"}}},
@@ -107,7 +107,9 @@ TEST(Probe, AnswersByTable)
          {{"station.stn_id", "123"}, {"station.distance_km", "5.0"}, {"station.rain", "1"},
           {"station.name", "\"\xea\xb0\x80\xeb\x9e\x8c\""}, {"station.rn15x_x4", "4.8"}, {"station.wd", "180.0"}}},
         {"no station within 20 km", "x=41&y=30" + tm, {{"station", "null"}}},
-        {"line", line, {{"line.samples.0.x", "10.0"}, {"line.samples.10.y", "60.0"}, {"line.length_km", "50.0"},
+        {"no minute at the grid's time", "x=23&y=34&tm=202401151230", {{"station.stn_id", "123"}, {"station.wd", "null"}}},
+        {"a map one km tall", "x=3&y=0.5&map=ONE" + tm, {{"point.cell", "[3,0]"}}},
+        {"line", line, {{"line.x1", "10.0"}, {"line.samples.10.y", "60.0"}, {"line.length_km", "50.0"},
                         {"line.samples.1.cell", "[13,24]"}, {"line.samples.1.hsr", "13.24"}, {"line.samples.5.d", "25.0"}}},
         {"n=0 becomes 2", line + "&n=0", {{"line.samples.1.x", "40.0"}, {"line.samples.2", "(absent)"}}},
         {"n=-5 becomes 2", line + "&n=-5", {{"line.n", "2"}}},
@@ -125,8 +127,9 @@ TEST(Probe, AnswersByTable)
         {"no query string", "(unset)", {error, {"tm_asked", "(absent)"}}},
         {"point and line", "x=3&y=4&x1=1" + tm, {error}},
         {"x and lon", "x=3&y=4&lon=127" + tm, {error}},
-        {"unknown map", "x=3&y=4&map=XX" + tm, {error, {"map", "\"XX\""}}},
-        {"no file in the candidates", "x=3&y=4&tm=202401151300", {error, {"tm_asked", "\"202401151300\""}}},
+        {"unknown map beyond U+10FFFF", "x=3&y=4&map=\xf4\x90\x80\x80" + tm, {error, {"map", bad4}}},
+        {"unknown map of no UTF-8", "x=3&y=4&map=\xf5\x80\x80\x80" + tm, {error, {"map", bad4}}},
+        {"no file in the candidates", "x=3&y=4&tm=202401151400", {error, {"tm_asked", "\"202401151400\""}}},
         {"missing catalogue", "x=3&y=4" + tm, {error}, [] { std::remove(fixture::path_of(map_catalogue_path).c_str()); }},
         {"cut file: rows given", "x=5&y=9" + tm, {{"point.hsr", "5.09"}}, cut},
         {"cut file: rows not given", "x=5&y=10" + tm, {{"point.hsr", "null"}, {"point.rn15x", "null"}}, cut},

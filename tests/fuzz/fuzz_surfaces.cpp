@@ -1,8 +1,7 @@
-// One fuzz driver for every input surface of the program: a table says, for each surface, which
-// file of a small fixture tree the input becomes and which request then runs the whole program
-// in-process, as a fresh process would. Compiled once per surface (RDR_FUZZ_SURFACE names it;
-// its RDR_ROOT gives it a tree of its own, so two can run at once). The first bytes of an input
-// are the surface's choices, the rest the content of its file (the seeds in corpus/ are so made).
+// One fuzz driver for every input surface: a table says which file of a small fixture tree the
+// input becomes and which request then runs the whole program in-process. Compiled once per surface
+// (RDR_FUZZ_SURFACE; RDR_ROOT a tree of its own). An input's first bytes are the surface's choices,
+// the rest the content of its file (so are the seeds in corpus/ made).
 #include <gd.h>
 
 #include <cstdio>

@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
 # Load and fault runs of the program under lighttpd, as tools/serve runs it on 127.0.0.1:
 #   load.sh PROGRAM FIXTURE_TREE_TOOL ROOT [REQUESTS [CONCURRENCY [FAULT_REQUESTS]]]  (2000 16 1000)
-# Sends REQUESTS mixed requests (every product, several sizes and layers, one in ten hostile),
-# CONCURRENCY at a time, then FAULT_REQUESTS requests of the current time while its grid file is
-# replaced over and over, written in place and renamed in. Every answer must be status 200 with a
-# PNG that pngcheck accepts, and no process of the program may be left once the server stopped.
+# REQUESTS mixed requests (one in ten hostile), CONCURRENCY at a time, then FAULT_REQUESTS of the
+# current time while its grid file is rewritten in place and renamed in: every answer status 200
+# with a PNG that pngcheck accepts, and no process of the program left once the server stopped.
 set -euo pipefail
 program=$(realpath "$1") root=$3 requests=${4:-2000} concurrency=${5:-16} faults=${6:-1000}
 "$2"

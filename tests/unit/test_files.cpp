@@ -34,10 +34,10 @@ protected:
         return s;
     }
     // The rain indicator read through the library, or its result times 1000.
-    static int rain_at(int HH, int MI, int stn)
+    static int rain_at(int HH, int MI, int stn, int MM = 7)
     {
         AWS3_DATA r{};
-        int result = AWS3_DATA_IO(2024, 7, 15, HH, MI, stn, &r, 'r');
+        int result = AWS3_DATA_IO(2024, MM, 15, HH, MI, stn, &r, 'r');
         return result == 0 ? r.d[7] : result * 1000;
     }
 };
@@ -79,18 +79,18 @@ TEST_F(Aws3Io, SlotsOfBothFilesAndArgumentsOutOfRange)
 }
 
 // Records come back right in any order of reading: forward inside the bytes fetched at once and
-// beyond them, back, from another hour and back again; a missing hour is looked for again.
+// beyond them, back, from another hour or month and back again; a missing hour is looked for again.
 TEST_F(Aws3Io, AnyOrderOfReadsAndHours)
 {
     const int stations[] = {5, 6, 355, 356, 900, 9999};
     std::vector<fixture::MinuteSlot> slots;
     for (int k = 0; k < 6; k++) slots.push_back(slot(59, stations[k], k + 1));
     ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 9, slots));
-    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 10, {slot(0, 5, 7)}));
+    ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 10, {slot(0, 5, 7)}) && fixture::write_minute_hour(2024, 8, 15, 9, {slot(59, 5, 8)}));
     std::vector<int> got;
-    for (int k : {0, 1, 4, 1, 5, 2, 3, -1, 3, 0})
-        got.push_back(k < 0 ? rain_at(10, 0, 5) : rain_at(9, 59, stations[k]));
-    EXPECT_EQ(got, (std::vector<int>{1, 2, 5, 2, 6, 3, 4, 7, 4, 1}));
+    for (int k : {0, 1, 4, 1, 5, 2, 3, -1, 3, 0, -2, 0})
+        got.push_back(k == -1 ? rain_at(10, 0, 5) : k == -2 ? rain_at(9, 59, 5, 8) : rain_at(9, 59, stations[k]));
+    EXPECT_EQ(got, (std::vector<int>{1, 2, 5, 2, 6, 3, 4, 7, 4, 1, 8, 1}));
     EXPECT_EQ(rain_at(11, 0, 5), -1000);
     ASSERT_TRUE(fixture::write_minute_hour(2024, 7, 15, 11, {slot(0, 5, 6)}));
     EXPECT_EQ(rain_at(11, 0, 5), 6);

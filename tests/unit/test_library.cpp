@@ -170,8 +170,12 @@ TEST(TextReaders, ReadLineCutsAndDropsTheRest)
     EXPECT_FALSE(is_blank(" 1 "));
 }
 
-TEST(NrutilDeathTest, EnormousCountsEndTheProcessWithTheMessage)
+TEST(NrutilDeathTest, OneRowHasItsCellsEnormousCountsEndTheProcess)
 {
+    unsigned char **one = cmatrix(0, 0, 0, 4);
+    one[0][4] = 7;
+    EXPECT_EQ(one[0][4], 7);
+    free_cmatrix(one, 0, 0, 0, 4);
     EXPECT_EXIT(cvector(0, -2), testing::ExitedWithCode(1),
                 "Numerical Recipes run-time error...\nallocation failure in cvector\\(\\)\n...now exiting to system...");
     EXPECT_EXIT(svector(0, -3), testing::ExitedWithCode(1), "allocation failure in svector");

@@ -1,8 +1,7 @@
-// The viewer page in headless Chromium as a forecaster uses it, on a phone (390 x 844, touch) and
-// on a desk (1400 x 1000), one session each: what it requests and shows after each action; exits
-// 0 when every check held and leaves a screenshot of each.  ARGS: BASE_URL SCREENSHOT_DIR
-// LATEST_GRID_FILE NEXT_GRID_FILE. Behind BASE_URL: map HR of 100 x 120 km, origin at (50, 60)
-// km; grids 12:00 .. 12:30 on 2024-01-15 but 12:15; rain in the west, 0.2 x row mm/h.
+// The viewer page in headless Chromium as a forecaster uses it, on a phone (390 x 844, touch) and a
+// desk (1400 x 1000): what it requests and shows after each action; exits 0 when every check held,
+// with a screenshot of each. ARGS: BASE_URL SCREENSHOT_DIR LATEST_GRID_FILE NEXT_GRID_FILE. Behind
+// BASE_URL: the fixture tree of rdr_fixture_tree.cpp; rain in the west, 0.2 x row mm/h.
 'use strict';
 
 const assert = require('node:assert/strict');

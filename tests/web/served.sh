@@ -1,9 +1,7 @@
 #!/usr/bin/env bash
-# The program and the viewer page as a web server serves them: tools/serve runs lighttpd on the
-# scripted tests' fixture tree; curl fetches a picture, the page and the configuration made from the
-# program's tables; headless Chromium drives the page and sees a new grid file join the times
-# (when tests/web/node_modules holds its driver: tools/test runs npm ci there). Ctrl-C, and a
-# TERM to the script alone, leave no process and no scratch folder behind.
+# The program and the viewer page as tools/serve serves them on the fixture tree: curl fetches a
+# picture, the page and its configuration; headless Chromium drives the page (when npm ci has run
+# in tests/web, as tools/test does). Ctrl-C, and a TERM to the script alone, leave nothing behind.
 #   served.sh PROGRAM FIXTURE_TREE_TOOL ROOT SCREENSHOT_DIR
 set -euo pipefail
 program=$1 root=$3 shots=$4
