@@ -117,7 +117,9 @@ async function desk(page) {
     new MutationObserver(() => {
       if (!/^재생/.test(text.textContent) || shows.at(-1)?.[0] === text.textContent) return;
       shows.push([text.textContent, performance.now()]);
-      asked = asked || performance.getEntriesByType('resource').map((e) => new URL(e.name).searchParams.get('tm'));
+      // The page refreshes its list of times meanwhile: only pictures count.
+      asked = asked || performance.getEntriesByType('resource').map((e) => new URL(e.name))
+        .filter((url) => url.pathname.endsWith('/rdr_sfc_pty_img')).map((url) => url.searchParams.get('tm'));
       if (shows.length === 8) resolve({ shows, asked });
     }).observe(text, { childList: true, subtree: true, characterData: true });
   }));
