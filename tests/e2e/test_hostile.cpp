@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
 #include "fixture_tree.h"
 #include "picture_table.h"
@@ -89,17 +87,13 @@ TEST(Hostile, Queries)
     run_rows(rows, true);
 }
 
-std::string gzip_of(const fixture::Grid &g)
-{
-    EXPECT_TRUE(fixture::write_gzip(grid_file(), fixture::encode_grid(g)));
-    std::ifstream in(grid_file(), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
+// The gzip stream of the 100 x 120 patterned grid, as the grid writer makes it.
+std::string gzipped_grid() { return fixture::gzip_bytes(fixture::encode_grid(fixture::patterned_grid(100, 120))); }
 // The grid file as the first fraction x size + extra bytes of its gzip stream.
 std::function<void()> cut(double fraction, long extra)
 {
     return [=] {
-        std::string z = gzip_of(fixture::patterned_grid(100, 120));
+        std::string z = gzipped_grid();
         ASSERT_TRUE(fixture::write_bytes(grid_file(), z.substr(0, (std::size_t)((long)(z.size() * fraction) + extra))));
     };
 }
@@ -125,7 +119,7 @@ TEST(Hostile, DamagedGridFiles)
         {"gzip without its trailer", tree, kHsr, kPicture, {}, cut(1.0, -8)},
         {"cut to 100 bytes: too small to count", tree, kBase, err(2), {}, cut(0, 100)},
         {"deflate stream damaged in the middle", tree, kHsr, kPicture, {}, [] {
-             std::string z = gzip_of(fixture::patterned_grid(100, 120));
+             std::string z = gzipped_grid();
              for (std::size_t k = z.size() / 3; k < z.size() / 3 + 40; k++) z[k] = (char)(z[k] ^ 0x5a);
              ASSERT_TRUE(fixture::write_bytes(grid_file(), z));
          }, 30000, true},
@@ -137,7 +131,7 @@ TEST(Hostile, DamagedGridFiles)
          }},
         {"content never compressed", tree, kTw, kPicture, {}, bytes(fixture::encode_grid(fixture::patterned_grid(100, 120)))},
         {"gzip header with every flag set", tree, kBase, kPicture, {}, [] {
-             std::string z = gzip_of(fixture::patterned_grid(100, 120));
+             std::string z = gzipped_grid();
              z[3] = (char)0xff;
              ASSERT_TRUE(fixture::write_bytes(grid_file(), z));
          }},

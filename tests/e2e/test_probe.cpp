@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,7 +23,9 @@ std::string lookup(const std::string &body, const std::string &path)
 {
     nlohmann::json j = nlohmann::json::parse(body, nullptr, false);
     if (j.is_discarded() || !j.is_object()) return "(not one JSON object)";
-    nlohmann::json::json_pointer at("/" + std::regex_replace(path, std::regex("\\."), "/"));
+    std::string pointer = "/" + path;
+    std::replace(pointer.begin(), pointer.end(), '.', '/');
+    nlohmann::json::json_pointer at(pointer);
     return j.contains(at) ? j.at(at).dump() : "(absent)";
 }
 

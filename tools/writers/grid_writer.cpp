@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <fstream>
 #include <initializer_list>
-#include <iterator>
+#include <sstream>
 
 #include "rdr_paths.h"
 #include "rdr_writers.h"
@@ -66,7 +66,8 @@ bool write_map_catalogue(const std::vector<std::string> &lines)
 bool write_font()
 {
     std::ifstream in(kKoreanFont, std::ios::binary);
-    return in && write_bytes(font_path(), std::string(std::istreambuf_iterator<char>(in), {}));
+    std::ostringstream bytes;
+    return in && bytes << in.rdbuf() && write_bytes(font_path(), bytes.str());
 }
 
 Grid make_grid(int nx, int ny, int dxy, int map_code)
